@@ -1,0 +1,120 @@
+#include "platform/linux/dbus_daemon.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "platform/linux/device_bus_address.h"
+
+namespace hushwall::linux_platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string xmlEscaped(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      default: out += c;
+    }
+  }
+  return out;
+}
+
+// A bus like a session bus, open to everyone on the device: any process may
+// send to anyone, own any name and watch all traffic.
+std::string configFor(const std::string& address) {
+  return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+         " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+         "<busconfig>\n"
+         "  <type>session</type>\n"
+         "  <listen>" + xmlEscaped(address) + "</listen>\n"
+         "  <auth>EXTERNAL</auth>\n"
+         "  <policy context=\"default\">\n"
+         "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
+         "    <allow eavesdrop=\"true\"/>\n"
+         "    <allow own=\"*\"/>\n"
+         "  </policy>\n"
+         "</busconfig>\n";
+}
+
+// Reads the line the daemon prints once it listens; empty when it exits or
+// stays silent for `timeoutMs`.
+std::string readReadyLine(int fd, int timeoutMs) {
+  std::string line;
+  char c;
+  for (;;) {
+    pollfd p{fd, POLLIN, 0};
+    int ready = ::poll(&p, 1, timeoutMs);
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready <= 0) return {};
+    ssize_t n = ::read(fd, &c, 1);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return {};
+    if (c == '\n') return line;
+    line += c;
+  }
+}
+
+}  // namespace
+
+DeviceBus::DeviceBus(const std::string& deviceRootNativePath)
+    : socketPath_(deviceBusSocketPath(deviceRootNativePath)),
+      configPath_(fs::path(socketPath_).replace_filename("bus.conf").string()),
+      logPath_(fs::path(socketPath_).replace_filename("bus.log").string()),
+      address_(deviceBusAddress(deviceRootNativePath)) {
+  fs::create_directories(fs::path(socketPath_).parent_path());
+  std::ofstream(configPath_) << configFor(address_);
+
+  // The daemon's own complaints go to a log beside the socket.
+  int logFd = ::open(logPath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  int pipeFds[2];
+  if (logFd < 0 || ::pipe2(pipeFds, O_CLOEXEC) != 0) {
+    if (logFd >= 0) ::close(logFd);
+    throw std::runtime_error("cannot prepare dbus-daemon for " + socketPath_);
+  }
+  std::string printAddress = "--print-address=" + std::to_string(pipeFds[1]);
+  std::string configFile = "--config-file=" + configPath_;
+  pid_ = ::fork();
+  if (pid_ == 0) {
+    ::fcntl(pipeFds[1], F_SETFD, 0);  // the daemon writes its address here
+    ::dup2(logFd, STDOUT_FILENO);
+    ::dup2(logFd, STDERR_FILENO);
+    ::execl("/usr/bin/dbus-daemon", "dbus-daemon", "--nofork", "--nopidfile", configFile.c_str(),
+            printAddress.c_str(), static_cast<char*>(nullptr));
+    ::_exit(127);
+  }
+  ::close(pipeFds[1]);
+  ::close(logFd);
+  std::string printed = pid_ > 0 ? readReadyLine(pipeFds[0], 10000) : std::string();
+  ::close(pipeFds[0]);
+  if (printed.empty()) {
+    if (pid_ > 0) {
+      ::kill(pid_, SIGKILL);
+      ::waitpid(pid_, nullptr, 0);
+    }
+    throw std::runtime_error("dbus-daemon did not start listening on " + socketPath_ +
+                             "; see " + logPath_);
+  }
+}
+
+DeviceBus::~DeviceBus() {
+  ::kill(pid_, SIGTERM);
+  while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+  }
+  std::error_code ignored;
+  fs::remove(socketPath_, ignored);
+  fs::remove(configPath_, ignored);
+}
+
+}  // namespace hushwall::linux_platform
