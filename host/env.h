@@ -1,19 +1,21 @@
 // Env: everything Hushwall needs of the platform it runs on.
 //
 // The logic never includes a platform header; it reaches files, the notify
-// center, the address book, sounds, the status bar, the clock and bundles
-// through the Env of its process. On the device the Env is the platform
-// itself, as process-wide as the platform's own functions are; on Linux it is
-// the simulated device; in tests it is a set of test doubles over a temporary
-// device root.
+// center, the address book, sounds, the status bar, the clock, bundles, the
+// host's object runtime and alerts through the Env of its process. On the
+// device the Env is the platform itself, as process-wide as the platform's
+// own functions are; on Linux it is the simulated device; in tests it is a
+// set of test doubles over a temporary device root.
 #ifndef HUSHWALL_HOST_ENV_H_
 #define HUSHWALL_HOST_ENV_H_
 
 #include "host/address_book.h"
+#include "host/alerts.h"
 #include "host/bundle.h"
 #include "host/clock.h"
 #include "host/file_system.h"
 #include "host/notify_center.h"
+#include "host/runtime.h"
 #include "host/status_bar.h"
 #include "host/system_sounds.h"
 
@@ -27,6 +29,8 @@ struct Env {
   StatusBar* statusBar = nullptr;
   Clock* clock = nullptr;
   Bundles* bundles = nullptr;
+  Runtime* runtime = nullptr;  // the host's classes and objects
+  Alerts* alerts = nullptr;
 };
 
 // The Env of this process. The host (the platform adapter, the simulated

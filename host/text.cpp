@@ -269,4 +269,14 @@ Text formatObjects(const Text& format, const std::vector<OptText>& arguments) {
   return out;
 }
 
+bool caseInsensitiveEquals(const OptText& receiver, const Text& other) {
+  if (!receiver) return true;
+  if (receiver->size() != other.size()) return false;
+  auto fold = [](char16_t c) { return (c >= u'A' && c <= u'Z') ? char16_t(c - u'A' + u'a') : c; };
+  for (std::size_t i = 0; i < other.size(); ++i) {
+    if (fold((*receiver)[i]) != fold(other[i])) return false;
+  }
+  return true;
+}
+
 }  // namespace hushwall::host

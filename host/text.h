@@ -90,6 +90,11 @@ Text trimWhiteSpace(const Text& text);
 // non-overlapping. An empty target leaves the text unchanged.
 Text replaceOccurrences(const Text& text, const Text& target, const Text& replacement);
 
+// caseInsensitiveCompare: == NSOrderedSame. An absent receiver answers 0,
+// which is NSOrderedSame, so it equals everything. Case folding covers ASCII
+// letters, which is all the identifiers compared here contain.
+bool caseInsensitiveEquals(const OptText& receiver, const Text& other);
+
 // --- Values of strings -----------------------------------------------------
 
 // boolValue: skip leading white space, an optional sign and leading zeros;

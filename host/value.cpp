@@ -29,6 +29,13 @@ Value Value::dictionary(Dict entries) {
   return Value(std::make_shared<const Dict>(std::move(entries)));
 }
 
+Value Value::object(std::shared_ptr<Object> object) {
+  return object ? Value(Storage(std::move(object))) : Value();
+}
+Value Value::block(std::function<void()> body) {
+  return Value(std::make_shared<const std::function<void()>>(std::move(body)));
+}
+
 Value::Kind Value::kind() const {
   switch (storage_.index()) {
     case 0: return Kind::kNil;
@@ -39,7 +46,9 @@ Value::Kind Value::kind() const {
     case 5: return Kind::kDate;
     case 6: return Kind::kData;
     case 7: return Kind::kArray;
-    default: return Kind::kDictionary;
+    case 8: return Kind::kDictionary;
+    case 9: return Kind::kObject;
+    default: return Kind::kBlock;
   }
 }
 
@@ -115,6 +124,32 @@ const Bytes* Value::bytes() const {
   return p ? p->get() : nullptr;
 }
 
+Object* Value::object() const {
+  auto* p = std::get_if<std::shared_ptr<Object>>(&storage_);
+  return p ? p->get() : nullptr;
+}
+
+void Value::invokeBlock() const {
+  auto* p = std::get_if<std::shared_ptr<const std::function<void()>>>(&storage_);
+  if (p && *p && **p) (**p)();
+}
+
+const void* Value::identity() const {
+  switch (kind()) {
+    case Kind::kData: return bytes();
+    case Kind::kArray: return array();
+    case Kind::kDictionary: return dictionary();
+    case Kind::kObject: return object();
+    case Kind::kBlock: return std::get<std::shared_ptr<const std::function<void()>>>(storage_).get();
+    default: return nullptr;
+  }
+}
+
+bool Value::isSameObject(const Value& other) const {
+  const void* mine = identity();
+  return mine != nullptr && mine == other.identity();
+}
+
 bool Value::operator==(const Value& other) const {
   if (kind() != other.kind()) return false;
   switch (kind()) {
@@ -128,6 +163,8 @@ bool Value::operator==(const Value& other) const {
     case Kind::kData: return *bytes() == *other.bytes();
     case Kind::kArray: return *array() == *other.array();
     case Kind::kDictionary: return *dictionary() == *other.dictionary();
+    case Kind::kObject:
+    case Kind::kBlock: return isSameObject(other);
   }
   return false;
 }

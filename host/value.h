@@ -7,10 +7,16 @@
 // platform's messages would: a message to nil answers zero, a string answers
 // by the string rules of text.h. Value keeps those answers in one place.
 // Values are immutable and cheap to copy (containers are shared).
+//
+// Host objects that are not plain values (a message stanza, a controller, a
+// class) are held as kObject and reached only by sending them messages
+// through the host runtime (runtime.h); blocks the library hands to the host
+// (a button's handler) are kBlock.
 #ifndef HUSHWALL_HOST_VALUE_H_
 #define HUSHWALL_HOST_VALUE_H_
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <variant>
@@ -21,13 +27,15 @@
 namespace hushwall::host {
 
 class Value;
+class Object;
 using Bytes = std::vector<std::uint8_t>;
 using Array = std::vector<Value>;
 using Dict = std::map<Text, Value>;
 
 class Value {
  public:
-  enum class Kind { kNil, kBoolean, kInteger, kReal, kString, kDate, kData, kArray, kDictionary };
+  enum class Kind { kNil, kBoolean, kInteger, kReal, kString, kDate, kData, kArray, kDictionary,
+                    kObject, kBlock };
 
   // Which string class a string value belongs to. The badge rule treats a
   // string whose class is exactly the base class differently from a string of
@@ -45,6 +53,8 @@ class Value {
   static Value data(Bytes bytes);
   static Value array(Array items);
   static Value dictionary(Dict entries);
+  static Value object(std::shared_ptr<Object> object);  // null gives nil
+  static Value block(std::function<void()> body);
 
   Kind kind() const;
   bool isNil() const { return kind() == Kind::kNil; }
@@ -73,6 +83,15 @@ class Value {
   const Dict* dictionary() const;
   const Array* array() const;
   const Bytes* bytes() const;
+  Object* object() const;
+  // Runs a block; does nothing for anything else (a call to a nil block would
+  // crash the host, and the library never makes one).
+  void invokeBlock() const;
+
+  // Object identity: the same container or host object, not just equal
+  // content. The host can tell whether it was handed back the very array it
+  // passed in.
+  bool isSameObject(const Value& other) const;
 
   bool operator==(const Value& other) const;
   bool operator!=(const Value& other) const { return !(*this == other); }
@@ -84,7 +103,9 @@ class Value {
   struct Date { double seconds; };
   using Storage = std::variant<std::monostate, Boolean, std::int64_t, Real, String, Date,
                                std::shared_ptr<const Bytes>, std::shared_ptr<const Array>,
-                               std::shared_ptr<const Dict>>;
+                               std::shared_ptr<const Dict>, std::shared_ptr<Object>,
+                               std::shared_ptr<const std::function<void()>>>;
+  const void* identity() const;
   explicit Value(Storage s) : storage_(std::move(s)) {}
   Storage storage_;
 };

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "host/alerts.h"
 #include "host/bulletin.h"
 #include "host/text.h"
 #include "host/value.h"
@@ -89,6 +90,12 @@ class Hushwall {
 
   void addStatusBarIcon();
   void removeStatusBarIcon();
+
+  // --- The chat list's confirmation alert ----------------------------------
+
+  // The alert's delegate: carries out "Yes" on an add (tag 989898) or remove
+  // (tag 979797) confirmation. Lives with the chat-list action.
+  void alertView(const host::AlertView& alertView, std::intptr_t buttonIndex);
 
  private:
   Hushwall() = default;

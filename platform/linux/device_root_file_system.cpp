@@ -1,12 +1,9 @@
 #include "platform/linux/device_root_file_system.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
+#include "platform/linux/atomic_file.h"
 #include "platform/linux/plist_file.h"
 
 namespace hushwall::linux_platform {
@@ -53,21 +50,13 @@ bool DeviceRootFileSystem::copyItem(const host::Text& fromDevicePath,
 
 bool DeviceRootFileSystem::writeAtomically(const host::Text& devicePath,
                                            const host::Bytes& bytes) {
-  std::string path = nativePath(devicePath);
-  std::string temp = path + ".tmp-" + std::to_string(::getpid());
-  int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) return false;
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-    if (n <= 0) break;
-    done += static_cast<std::size_t>(n);
+  try {
+    writeFileAtomically(nativePath(devicePath),
+                        std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+    return true;
+  } catch (const std::exception&) {
+    return false;  // the platform's write reports failure by its result only
   }
-  bool ok = done == bytes.size() && ::fsync(fd) == 0;
-  ok = (::close(fd) == 0) && ok;
-  if (ok && std::rename(temp.c_str(), path.c_str()) == 0) return true;
-  ::unlink(temp.c_str());
-  return false;
 }
 
 std::optional<host::Dict> DeviceRootFileSystem::dictionaryWithContentsOfFile(

@@ -1,0 +1,67 @@
+#include "tools/device_session.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+
+#include "model/paths.h"
+#include "platform/linux/device_bus_address.h"
+
+namespace hushwall::tools {
+namespace fs = std::filesystem;
+
+namespace {
+
+bool busIsRunning(const std::string& socketPath) {
+  int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (fd < 0) return false;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, socketPath.c_str(), sizeof(address.sun_path) - 1);
+  bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
+  ::close(fd);
+  return ok;
+}
+
+}  // namespace
+
+DeviceSession::DeviceSession(const std::string& root) : root_(root) {
+  std::error_code ec;
+  if (!fs::is_directory(root_, ec)) {
+    throw std::runtime_error("device root '" + root_ + "' is not a directory");
+  }
+  root_ = fs::canonical(root_).string();
+  if (!busIsRunning(linux_platform::deviceBusSocketPath(root_))) {
+    bus_ = std::make_unique<linux_platform::DeviceBus>(root_);
+  }
+  device_ = std::make_unique<linux_platform::LinuxDevice>(
+      root_, host::T("com.Corvanta.HushwallModel"));
+  previous_ = host::setEnv(&device_->env());
+}
+
+DeviceSession::~DeviceSession() {
+  host::setEnv(previous_);
+  device_.reset();
+  bus_.reset();
+}
+
+void DeviceSession::runLoop() {
+  device_->notifyCenter().runFor(std::chrono::milliseconds(100));
+}
+
+void seedDevice(const std::string& root, const std::string& templateDatabase) {
+  auto copyTemplate = [&](const std::string& folder) {
+    fs::create_directories(root + folder);
+    fs::copy_file(templateDatabase, root + folder + kDatabaseComponent,
+                  fs::copy_options::skip_existing);
+  };
+  copyTemplate(kSettingsBundlePath);
+  copyTemplate(kDataDirectory);
+}
+
+}  // namespace hushwall::tools

@@ -1,0 +1,26 @@
+// Reading the device's database for display: the tool's own read-only view,
+// apart from the library's statements.
+#ifndef HUSHWALL_TOOLS_HISTORY_TABLE_H_
+#define HUSHWALL_TOOLS_HISTORY_TABLE_H_
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+
+namespace hushwall::tools {
+
+// Every row of `table` in rowid order, as objects keyed by column name.
+// Throws std::runtime_error when the database or the table cannot be read.
+nlohmann::json readTable(const std::string& databaseFile, const std::string& table);
+
+// Prints rows as an aligned text table with the given columns.
+void printTable(std::ostream& out, const nlohmann::json& rows,
+                const std::vector<std::string>& columns);
+
+// Adds one Blacklist row, as the settings bundle does.
+void insertBlacklistRow(const std::string& databaseFile, const std::string& name,
+                        const std::string& phoneNumber);
+
+}  // namespace hushwall::tools
+
+#endif  // HUSHWALL_TOOLS_HISTORY_TABLE_H_
