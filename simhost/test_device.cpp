@@ -1,0 +1,140 @@
+#include "simhost/test_device.h"
+
+#include <sqlite3.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+#include "platform/linux/dbus_notify_center.h"
+#include "platform/linux/device_bus_address.h"
+#include "platform/linux/plist_file.h"
+
+namespace hushwall::testing {
+namespace {
+
+// Posted by the app to itself to know that everything it posted earlier has
+// come back: the bus keeps one sender's signals in order.
+constexpr char kBarrier[] = "com.Corvanta.HushwallTests.barrier";
+
+constexpr char kSettingsFile[] =
+    "/var/mobile/Library/Preferences/com.Corvanta.HushwallSettings.plist";
+
+struct Database {
+  explicit Database(const std::string& path) {
+    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+      sqlite3_close(db);
+      db = nullptr;
+    }
+  }
+  ~Database() { sqlite3_close(db); }
+  sqlite3* db = nullptr;
+};
+
+std::optional<std::string> textColumn(sqlite3_stmt* statement, int column) {
+  const unsigned char* text = sqlite3_column_text(statement, column);
+  if (text == nullptr) return std::nullopt;
+  return std::string(reinterpret_cast<const char*>(text));
+}
+
+}  // namespace
+
+TestDevice::TestDevice() : bus_(root_.path()) {}
+
+void TestDevice::writeSettings(const host::Dict& settings) const {
+  std::filesystem::create_directories(
+      std::filesystem::path(native(kSettingsFile)).parent_path());
+  linux_platform::writeBinaryPlist(native(kSettingsFile), settings);
+}
+
+void TestDevice::writeFlags(const std::vector<std::pair<std::string, bool>>& flags) const {
+  host::Dict settings;
+  for (const auto& [key, on] : flags) settings[host::T(key)] = host::Value::boolean(on);
+  writeSettings(settings);
+}
+
+void TestDevice::addToBlacklist(const std::string& phoneNumber, const std::string& name) const {
+  Database database(databaseFile());
+  sqlite3_stmt* statement = nullptr;
+  if (database.db == nullptr ||
+      sqlite3_prepare_v2(database.db, "INSERT INTO Blacklist (name, phoneNumber) VALUES (?, ?)",
+                         -1, &statement, nullptr) != SQLITE_OK) {
+    throw std::runtime_error("cannot write the blacklist of " + databaseFile());
+  }
+  sqlite3_bind_text(statement, 1, name.c_str(), -1, SQLITE_TRANSIENT);
+  sqlite3_bind_text(statement, 2, phoneNumber.c_str(), -1, SQLITE_TRANSIENT);
+  const int result = sqlite3_step(statement);
+  sqlite3_finalize(statement);
+  if (result != SQLITE_DONE) throw std::runtime_error("blacklist insert failed");
+}
+
+std::vector<HistoryRow> TestDevice::history() const {
+  if (!std::filesystem::exists(databaseFile())) return {};
+  return readHistoryRows(databaseFile());
+}
+
+std::vector<BlacklistRow> TestDevice::blacklist() const {
+  std::vector<BlacklistRow> rows;
+  if (!std::filesystem::exists(databaseFile())) return rows;
+  Database database(databaseFile());
+  sqlite3_stmt* statement = nullptr;
+  if (database.db == nullptr ||
+      sqlite3_prepare_v2(database.db, "SELECT name, phoneNumber FROM Blacklist ORDER BY id", -1,
+                         &statement, nullptr) != SQLITE_OK) {
+    return rows;
+  }
+  while (sqlite3_step(statement) == SQLITE_ROW) {
+    rows.push_back({textColumn(statement, 0), textColumn(statement, 1)});
+  }
+  sqlite3_finalize(statement);
+  return rows;
+}
+
+void TestDevice::post(const std::string& name) const {
+  linux_platform::DBusNotifyCenter outside(linux_platform::deviceBusAddress(root()));
+  outside.post(name);
+}
+
+bool TestDevice::announce(simhost::SimulatedApp& app, const std::string& name) const {
+  // Observers of one name all run while the same signal is dispatched, so
+  // once this late one has run, the library's earlier ones have too.
+  auto arrived = std::make_shared<bool>(false);
+  app.device().notifyCenter().addObserver(name, [arrived] { *arrived = true; },
+                                          host::SuspensionBehavior::kHold);
+  post(name);
+  return app.device().notifyCenter().runUntil([&] { return *arrived; },
+                                              std::chrono::seconds(5));
+}
+
+NotificationCounter::NotificationCounter(simhost::SimulatedApp& app,
+                                         const std::vector<std::string>& names)
+    : app_(app), counts_(std::make_shared<std::map<std::string, int>>()) {
+  std::vector<std::string> observed = names;
+  observed.push_back(kBarrier);
+  for (const std::string& name : observed) {
+    (*counts_)[name] = 0;
+    auto counts = counts_;
+    app.device().notifyCenter().addObserver(name, [counts, name] { ++(*counts)[name]; },
+                                            host::SuspensionBehavior::kHold);
+  }
+}
+
+int NotificationCounter::count(const std::string& name) const {
+  auto found = counts_->find(name);
+  if (found == counts_->end()) throw std::invalid_argument("not counting " + name);
+  return found->second;
+}
+
+bool NotificationCounter::waitFor(const std::string& name, int atLeast) {
+  return app_.device().notifyCenter().runUntil([&] { return count(name) >= atLeast; },
+                                               std::chrono::seconds(5));
+}
+
+bool NotificationCounter::settle() {
+  const int before = count(kBarrier);
+  app_.device().notifyCenter().post(kBarrier);
+  return waitFor(kBarrier, before + 1);
+}
+
+}  // namespace hushwall::testing
