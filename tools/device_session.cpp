@@ -15,9 +15,8 @@
 namespace hushwall::tools {
 namespace fs = std::filesystem;
 
-namespace {
-
-bool busIsRunning(const std::string& socketPath) {
+bool deviceBusIsRunning(const std::string& root) {
+  const std::string socketPath = linux_platform::deviceBusSocketPath(root);
   int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (fd < 0) return false;
   sockaddr_un address{};
@@ -28,15 +27,13 @@ bool busIsRunning(const std::string& socketPath) {
   return ok;
 }
 
-}  // namespace
-
 DeviceSession::DeviceSession(const std::string& root) : root_(root) {
   std::error_code ec;
   if (!fs::is_directory(root_, ec)) {
     throw std::runtime_error("device root '" + root_ + "' is not a directory");
   }
   root_ = fs::canonical(root_).string();
-  if (!busIsRunning(linux_platform::deviceBusSocketPath(root_))) {
+  if (!deviceBusIsRunning(root_)) {
     bus_ = std::make_unique<linux_platform::DeviceBus>(root_);
   }
   device_ = std::make_unique<linux_platform::LinuxDevice>(

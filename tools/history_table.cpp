@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iomanip>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 namespace hushwall::tools {
@@ -22,6 +23,9 @@ DbPtr openDatabase(const std::string& file, int flags) {
   if (rc != SQLITE_OK) {
     throw std::runtime_error("cannot open database '" + file + "': " + sqlite3_errmsg(raw));
   }
+  // The device's processes write the same file; a tool waits its turn rather
+  // than failing on a lock that is gone a moment later.
+  sqlite3_busy_timeout(db.get(), 2000);
   return db;
 }
 
@@ -54,6 +58,12 @@ nlohmann::json readTable(const std::string& databaseFile, const std::string& tab
     rows.push_back(std::move(row));
   }
   return rows;
+}
+
+const std::vector<std::string>& historyColumns() {
+  static const std::vector<std::string> columns = {
+      "phoneNumber", "name", "message", "date", "blockType", "mediaType", "mediaFileName", "isMine"};
+  return columns;
 }
 
 void printTable(std::ostream& out, const nlohmann::json& rows,
@@ -95,6 +105,17 @@ void insertBlacklistRow(const std::string& databaseFile, const std::string& name
   if (sqlite3_step(insert.get()) != SQLITE_DONE) {
     throw std::runtime_error(std::string("cannot add to the blacklist: ") + sqlite3_errmsg(db.get()));
   }
+}
+
+int deleteBlacklistRows(const std::string& databaseFile, const std::string& phoneNumber) {
+  DbPtr db = openDatabase(databaseFile, SQLITE_OPEN_READWRITE);
+  StmtPtr remove = prepare(db.get(), "DELETE FROM Blacklist WHERE phoneNumber = ?");
+  sqlite3_bind_text(remove.get(), 1, phoneNumber.c_str(), -1, SQLITE_TRANSIENT);
+  if (sqlite3_step(remove.get()) != SQLITE_DONE) {
+    throw std::runtime_error(std::string("cannot remove from the blacklist: ") +
+                             sqlite3_errmsg(db.get()));
+  }
+  return sqlite3_changes(db.get());
 }
 
 }  // namespace hushwall::tools

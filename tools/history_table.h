@@ -6,12 +6,17 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace hushwall::tools {
 
 // Every row of `table` in rowid order, as objects keyed by column name.
 // Throws std::runtime_error when the database or the table cannot be read.
 nlohmann::json readTable(const std::string& databaseFile, const std::string& table);
+
+// The History columns shown in a text table; mediaURL is left out, being long
+// and telling little at a glance (the JSON rows carry it).
+const std::vector<std::string>& historyColumns();
 
 // Prints rows as an aligned text table with the given columns.
 void printTable(std::ostream& out, const nlohmann::json& rows,
@@ -20,6 +25,10 @@ void printTable(std::ostream& out, const nlohmann::json& rows,
 // Adds one Blacklist row, as the settings bundle does.
 void insertBlacklistRow(const std::string& databaseFile, const std::string& name,
                         const std::string& phoneNumber);
+
+// Deletes every Blacklist row whose phoneNumber is exactly `phoneNumber`, as
+// the settings bundle does; returns how many rows went.
+int deleteBlacklistRows(const std::string& databaseFile, const std::string& phoneNumber);
 
 }  // namespace hushwall::tools
 

@@ -30,10 +30,6 @@ namespace fs = std::filesystem;
 using host::T;
 using host::toUtf8;
 
-const std::vector<std::string> kHistoryColumns = {"phoneNumber", "name",          "message",
-                                                  "date",        "blockType",     "mediaType",
-                                                  "mediaFileName", "isMine"};
-
 std::string show(const host::OptText& text) { return text ? "'" + toUtf8(*text) + "'" : "(absent)"; }
 
 // Start-up's loading half: the observers every process adds, then the first
@@ -116,7 +112,7 @@ void listHistory(const std::string& root, bool json) {
     std::cout << rows.dump(2) << "\n";
     return;
   }
-  printTable(std::cout, rows, kHistoryColumns);
+  printTable(std::cout, rows, historyColumns());
   std::cout << "History rows: " << rows.size() << "\n";
 }
 

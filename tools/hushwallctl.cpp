@@ -1,0 +1,328 @@
+// hushwallctl: the settings companion of a simulated device.
+//
+// It does what the settings bundle does on a phone: it writes the settings
+// file, edits the blacklist, asks SpringBoard to hide the status-bar icon,
+// shows the block history and the saved pictures, and listens for history
+// changes. Like the bundle it shares nothing with the library but the
+// device's files and its notifications, which is why it is built without the
+// library's logic.
+//
+// Exit status: 0 done; 1 the device could not do it (no database, no such
+// blacklist entry, an unreadable settings file, fewer notifications than
+// awaited); 2 a bad command line (unknown key, bad value, malformed number,
+// bad notification name, a root that is not a directory), where nothing is
+// changed; 3 the device's bus is not running.
+//
+// A change is written before it is announced. When the bus is not running
+// the change stays and the status is 3: nothing is lost, since every process
+// of the device reads the settings and the blacklist in full when it starts.
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <sdbus-c++/Error.h>
+
+#include "model/paths.h"
+#include "platform/linux/dbus_notify_center.h"
+#include "platform/linux/device_bus_address.h"
+#include "platform/linux/plist_file.h"
+#include "startup/notification_names.h"
+#include "startup/settings.h"
+#include "tools/device_session.h"
+#include "tools/history_table.h"
+#include "tools/settings_assignments.h"
+
+namespace hushwall::tools {
+namespace {
+
+namespace fs = std::filesystem;
+using linux_platform::DBusNotifyCenter;
+
+class BusNotRunning : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A device root as the companion sees it: files under it, and its bus.
+class Device {
+ public:
+  explicit Device(const std::string& root) {
+    std::error_code ec;
+    if (!fs::exists(root, ec)) throw std::invalid_argument("device root '" + root + "' does not exist");
+    if (!fs::is_directory(root, ec)) {
+      throw std::invalid_argument("device root '" + root + "' is not a directory");
+    }
+    // The bus socket's address is derived from the root's path, so every
+    // process of the device must spell the root the same way.
+    root_ = fs::canonical(root).string();
+  }
+
+  const std::string& root() const { return root_; }
+  std::string file(const std::string& devicePath) const { return root_ + devicePath; }
+
+  std::string databaseFile() const {
+    std::string path = file(std::string(kDataDirectory) + kDatabaseComponent);
+    std::error_code ec;
+    if (!fs::is_regular_file(path, ec)) {
+      throw std::runtime_error("no database at " + path +
+                               ": the device is not set up (SpringBoard copies the template "
+                               "there when it first starts)");
+    }
+    return path;
+  }
+
+  std::unique_ptr<DBusNotifyCenter> connect() const {
+    std::string notRunning = "the device's bus is not running at " +
+                             linux_platform::deviceBusSocketPath(root_) + ": start the device first";
+    if (!deviceBusIsRunning(root_)) throw BusNotRunning(notRunning);
+    try {
+      return std::make_unique<DBusNotifyCenter>(linux_platform::deviceBusAddress(root_));
+    } catch (const sdbus::Error& e) {
+      throw BusNotRunning(notRunning + " (" + e.getMessage() + ")");
+    }
+  }
+
+  void post(const std::string& name) const { connect()->post(name); }
+
+ private:
+  std::string root_;
+};
+
+// Tells the device's processes about a change that is already on disk.
+void announce(const Device& device, const std::string& name) {
+  try {
+    device.post(name);
+  } catch (const BusNotRunning& e) {
+    throw BusNotRunning(name + " not posted: " + e.what() +
+                        " (the change is saved; the device's processes read it when they start)");
+  }
+  std::cout << "posted " << name << "\n";
+}
+
+void printJson(const nlohmann::json& value) { std::cout << value.dump(2) << "\n"; }
+
+// --- settings ---------------------------------------------------------------
+
+void writeSettings(const Device& device, const std::vector<std::string>& words, bool keepOthers) {
+  const host::Dict changes = parseSettingsAssignments(words);
+  const std::string path = device.file(kSettingsFilePath);
+  host::Dict content;
+  std::error_code ec;
+  if (keepOthers && fs::exists(path, ec)) {
+    std::optional<host::Dict> existing = linux_platform::readPlistDictionary(path);
+    if (!existing) {
+      throw std::runtime_error("the settings file " + path +
+                               " is not a property-list dictionary; `settings replace` rewrites it");
+    }
+    content = std::move(*existing);
+  }
+  for (const auto& [key, value] : changes) content[key] = value;
+  fs::create_directories(fs::path(path).parent_path());
+  linux_platform::writeBinaryPlist(path, content);
+  std::cout << "settings written to " << path << "\n";
+  announce(device, kSettingsChangedNotification);
+}
+
+void showSettings(const Device& device, bool json) {
+  const std::string path = device.file(kSettingsFilePath);
+  std::error_code ec;
+  nlohmann::json entries = nlohmann::json::object();
+  if (fs::exists(path, ec)) {
+    std::optional<host::Dict> content = linux_platform::readPlistDictionary(path);
+    if (!content) throw std::runtime_error("the settings file " + path + " is not a property-list dictionary");
+    for (const auto& [key, value] : *content) entries[host::toUtf8(key)] = settingsValueToJson(value);
+  } else if (!json) {
+    std::cout << "no settings file at " << path << "\n";
+    return;
+  }
+  if (json) return printJson(entries);
+  for (const auto& [key, value] : entries.items()) std::cout << key << " = " << value.dump() << "\n";
+}
+
+// --- blacklist --------------------------------------------------------------
+
+// Entries cover every number that contains them, as written, so anything but
+// a number's own characters would make an entry that never matches.
+void checkPhoneNumber(const std::string& number) {
+  const std::string allowed = "0123456789+ -()./";
+  if (number.empty() || number.find_first_not_of(allowed) != std::string::npos ||
+      number.find_first_of("0123456789") == std::string::npos) {
+    throw std::invalid_argument("malformed phone number '" + number +
+                                "': use digits, with '+', spaces, '-', '(', ')', '.' or '/'");
+  }
+}
+
+void addToBlacklist(const Device& device, const std::string& number, const std::string& name) {
+  checkPhoneNumber(number);
+  insertBlacklistRow(device.databaseFile(), name, number);
+  std::cout << "added " << number << " (" << name << ") to the blacklist\n";
+  announce(device, kContactsChangedNotification);
+}
+
+void removeFromBlacklist(const Device& device, const std::string& number) {
+  checkPhoneNumber(number);
+  int removed = deleteBlacklistRows(device.databaseFile(), number);
+  if (removed == 0) {
+    throw std::runtime_error("'" + number +
+                             "' is not on the blacklist (entries match only as written); nothing removed");
+  }
+  std::cout << "removed " << number << " from the blacklist (" << removed << " row"
+            << (removed == 1 ? "" : "s") << ")\n";
+  announce(device, kContactsChangedNotification);
+}
+
+void listTable(const Device& device, const std::string& table, const std::vector<std::string>& columns,
+               bool json) {
+  nlohmann::json rows = readTable(device.databaseFile(), table);
+  if (json) return printJson(rows);
+  printTable(std::cout, rows, columns);
+  std::cout << table << " rows: " << rows.size() << "\n";
+}
+
+// --- pictures and notifications ---------------------------------------------
+
+// Saved pictures sit in one folder per number inside the data directory;
+// files directly in it (the database and its journals) are not pictures.
+void listPictures(const Device& device, bool json) {
+  const fs::path dataDirectory = device.file(kDataDirectory);
+  std::vector<std::pair<std::string, std::uintmax_t>> pictures;
+  std::error_code ec;
+  if (fs::is_directory(dataDirectory, ec)) {
+    for (auto it = fs::recursive_directory_iterator(dataDirectory);
+         it != fs::recursive_directory_iterator(); ++it) {
+      if (it.depth() >= 1 && it->is_regular_file()) {
+        pictures.emplace_back(fs::relative(it->path(), device.root()).string(), it->file_size());
+      }
+    }
+  }
+  std::sort(pictures.begin(), pictures.end());
+  if (json) {
+    nlohmann::json items = nlohmann::json::array();
+    for (const auto& [path, size] : pictures) items.push_back({{"path", path}, {"size", size}});
+    return printJson(items);
+  }
+  for (const auto& [path, size] : pictures) std::cout << size << "\t" << path << "\n";
+  std::cout << "pictures: " << pictures.size() << "\n";
+}
+
+// One line per history change on stdout; the line that says the observer is
+// in place goes to stderr, so stdout holds nothing but notifications.
+int watch(const Device& device, std::optional<int> count, std::optional<double> timeoutSeconds) {
+  std::unique_ptr<DBusNotifyCenter> center = device.connect();
+  int seen = 0;
+  center->addObserver(
+      kNewMessagedAddedNotification,
+      [&seen] { std::cout << "notification " << ++seen << ": " << kNewMessagedAddedNotification << std::endl; },
+      host::SuspensionBehavior::kHold);
+  std::cerr << "watching " << kNewMessagedAddedNotification << " on "
+            << linux_platform::deviceBusAddress(device.root()) << std::endl;
+  auto done = [&] { return count && seen >= *count; };
+  if (timeoutSeconds) {
+    center->runUntil(done, std::chrono::milliseconds(static_cast<long long>(*timeoutSeconds * 1000)));
+  } else {
+    while (!center->runUntil(done, std::chrono::hours(1))) {
+    }
+  }
+  if (count && seen < *count) {
+    std::cerr << "hushwallctl: " << seen << " of " << *count << " notifications within "
+              << *timeoutSeconds << " s\n";
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+}  // namespace hushwall::tools
+
+int main(int argc, char** argv) {
+  using namespace hushwall;
+  using namespace hushwall::tools;
+  CLI::App app{"hushwallctl: the settings companion of a simulated device"};
+  app.require_subcommand(1);
+  app.fallthrough();  // --root may follow the command
+  std::string root;
+  app.add_option("--root", root, "the device root directory")->required();
+
+  std::vector<std::string> words;
+  std::string number, name = "Anonymous", notification;
+  bool json = false;
+  std::optional<int> count;
+  std::optional<double> timeout;
+
+  auto* settings = app.add_subcommand("settings", "the settings file");
+  settings->require_subcommand(1);
+  auto* settingsSet = settings->add_subcommand("set", "change keys, keep the others, and announce it");
+  settingsSet->add_option("assignments", words, "KEY=VALUE ...")->required();
+  auto* settingsReplace = settings->add_subcommand("replace", "write exactly these keys and announce it");
+  settingsReplace->add_option("assignments", words, "KEY=VALUE ...")->required();
+  auto* settingsShow = settings->add_subcommand("show", "print the settings file");
+  settingsShow->add_flag("--json", json, "print a JSON object");
+
+  auto* blacklist = app.add_subcommand("blacklist", "the Blacklist table");
+  blacklist->require_subcommand(1);
+  auto* blacklistAdd = blacklist->add_subcommand("add", "add a number and announce it");
+  blacklistAdd->add_option("number", number, "the phone number, kept as written")->required();
+  blacklistAdd->add_option("--name", name, "the name shown for it")->capture_default_str();
+  auto* blacklistRemove = blacklist->add_subcommand("remove", "remove the entries equal to a number");
+  blacklistRemove->add_option("number", number, "the entry, exactly as written")->required();
+  auto* blacklistList = blacklist->add_subcommand("list", "print the blacklist");
+  blacklistList->add_flag("--json", json, "print JSON rows");
+
+  auto* icon = app.add_subcommand("icon", "the status-bar icon");
+  icon->require_subcommand(1);
+  auto* iconHide = icon->add_subcommand("hide", "ask SpringBoard to hide it");
+
+  auto* history = app.add_subcommand("history", "print the block history");
+  history->add_flag("--json", json, "print JSON rows");
+  auto* pictures = app.add_subcommand("pictures", "list the saved pictures");
+  pictures->add_flag("--json", json, "print JSON");
+
+  auto* watchCmd = app.add_subcommand("watch", "print a line for each history change");
+  watchCmd->add_option("--count", count, "exit after this many")->check(CLI::NonNegativeNumber);
+  watchCmd->add_option("--timeout", timeout, "exit after this many seconds")->check(CLI::NonNegativeNumber);
+
+  auto* post = app.add_subcommand("post", "post any notification");
+  post->add_option("name", notification, "the notification name")->required();
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return app.exit(e) == 0 ? 0 : 2;
+  }
+
+  try {
+    Device device(root);
+    if (*settingsSet) writeSettings(device, words, true);
+    if (*settingsReplace) writeSettings(device, words, false);
+    if (*settingsShow) showSettings(device, json);
+    if (*blacklistAdd) addToBlacklist(device, number, name);
+    if (*blacklistRemove) removeFromBlacklist(device, number);
+    if (*blacklistList) listTable(device, "Blacklist", {"phoneNumber", "name"}, json);
+    if (*iconHide || *post) {
+      std::string what = *iconHide ? kRemoveStatusBarIconNotification : notification;
+      device.post(what);
+      std::cout << "posted " << what << "\n";
+    }
+    if (*history) listTable(device, "History", historyColumns(), json);
+    if (*pictures) listPictures(device, json);
+    if (*watchCmd) return watch(device, count, timeout);
+    return 0;
+  } catch (const std::invalid_argument& e) {
+    std::cerr << "hushwallctl: " << e.what() << "\n";
+    return 2;
+  } catch (const BusNotRunning& e) {
+    std::cerr << "hushwallctl: " << e.what() << "\n";
+    return 3;
+  } catch (const std::exception& e) {
+    std::cerr << "hushwallctl: " << e.what() << "\n";
+    return 1;
+  }
+}

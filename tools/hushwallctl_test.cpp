@@ -1,0 +1,279 @@
+// hushwallctl run as a program, against a real device root, database and bus.
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "platform/linux/dbus_notify_center.h"
+#include "platform/linux/plist_file.h"
+#include "startup/notification_names.h"
+#include "startup/settings.h"
+#include "testing/database_rows.h"
+#include "testing/private_bus.h"
+#include "testing/temp_device_root.h"
+
+namespace hushwall::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+
+// A running hushwallctl; the test reads what it prints.
+class Ctl {
+ public:
+  Ctl(const std::string& root, std::vector<std::string> args) {
+    args.insert(args.begin(), {HUSHWALLCTL_PATH, "--root", root});
+    int out[2], err[2];
+    if (::pipe(out) != 0 || ::pipe(err) != 0) throw std::runtime_error("pipe failed");
+    pid_ = ::fork();
+    if (pid_ == 0) {
+      ::dup2(out[1], 1), ::dup2(err[1], 2);
+      ::close(out[0]), ::close(err[0]), ::close(out[1]), ::close(err[1]);
+      std::vector<char*> argv;
+      for (auto& a : args) argv.push_back(a.data());
+      argv.push_back(nullptr);
+      ::execv(argv[0], argv.data());
+      ::_exit(127);
+    }
+    ::close(out[1]), ::close(err[1]);
+    fds_[0] = out[0], fds_[1] = err[0];
+  }
+  ~Ctl() {
+    if (pid_ > 0) ::kill(pid_, SIGKILL), ::waitpid(pid_, nullptr, 0);
+    for (int fd : fds_) if (fd >= 0) ::close(fd);
+  }
+
+  bool readUntilError(const std::string& text) {
+    return pump([&] { return err.find(text) != std::string::npos; }, milliseconds(10000));
+  }
+  // Reads everything and returns the exit status.
+  int finish() {
+    if (!pump([] { return false; }, milliseconds(20000))) ::kill(pid_, SIGKILL);
+    int status = 0;
+    ::waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  std::string out, err;
+
+ private:
+  // Reads output until `done` holds or both streams end (true), or time is up.
+  bool pump(const std::function<bool()>& done, milliseconds timeout) {
+    auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (!done() && (fds_[0] >= 0 || fds_[1] >= 0)) {
+      auto left = std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
+      if (left.count() <= 0) return false;
+      pollfd polls[2] = {{fds_[0], POLLIN, 0}, {fds_[1], POLLIN, 0}};
+      ::poll(polls, 2, static_cast<int>(left.count()));
+      for (int i = 0; i < 2; ++i) {
+        if (fds_[i] < 0 || polls[i].revents == 0) continue;
+        char buffer[4096];
+        ssize_t n = ::read(fds_[i], buffer, sizeof buffer);
+        if (n > 0) (i == 0 ? out : err).append(buffer, static_cast<std::size_t>(n));
+        else ::close(fds_[i]), fds_[i] = -1;
+      }
+    }
+    return true;
+  }
+
+  pid_t pid_ = -1;
+  int fds_[2] = {-1, -1};
+};
+
+int run(const TempDeviceRoot& root, std::vector<std::string> args, std::string* out = nullptr,
+        std::string* err = nullptr) {
+  Ctl ctl(root.path(), std::move(args));
+  int status = ctl.finish();
+  if (out) *out = ctl.out;
+  if (err) *err = ctl.err;
+  return status;
+}
+
+std::string fileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// A device with a running bus, and a process of its own listening on it.
+struct RunningDevice {
+  RunningDevice() { root.installDatabase(); }
+  // Counts the notifications of `name` that arrive from now on.
+  int* observe(const std::string& name) {
+    counts.push_back(std::make_unique<int>(0));
+    int* count = counts.back().get();
+    center.addObserver(name, [count] { ++*count; }, host::SuspensionBehavior::kHold);
+    return count;
+  }
+  // Posts a marker after everything under test and waits for it: once it has
+  // arrived, anything the program posted before it has arrived too.
+  void settle(const std::string& name, int* count, int expected) {
+    ASSERT_EQ(run(root, {"post", name}), 0);
+    EXPECT_TRUE(center.runUntil([&] { return *count >= expected + 1; }, milliseconds(5000)));
+    EXPECT_EQ(*count, expected + 1) << name;
+    --*count;  // the marker itself does not count
+  }
+  TempDeviceRoot root;
+  PrivateBus bus{root.path()};
+  linux_platform::DBusNotifyCenter center{bus.address()};
+  std::vector<std::unique_ptr<int>> counts;
+};
+
+TEST(Hushwallctl, SettingsAreWrittenAsBinaryPlistAndAnnounced) {
+  RunningDevice device;
+  int* changed = device.observe(kSettingsChangedNotification);
+  const std::string file = device.root.native(kSettingsFilePath);
+  auto settings = [&] { return linux_platform::readPlistDictionary(file).value_or(host::Dict{}); };
+  auto flag = [&](const char* key) { return settings().at(host::T(key)); };
+
+  ASSERT_EQ(run(device.root, {"settings", "replace", "Enabled=true", "Vibrate=YES", "LockSettings=0"}), 0);
+  EXPECT_EQ(fileBytes(file).substr(0, 8), "bplist00");
+  EXPECT_EQ(settings().size(), 3u);
+  EXPECT_EQ(flag("Enabled"), host::Value::boolean(true));
+  EXPECT_EQ(flag("Vibrate"), host::Value::boolean(true));
+  EXPECT_EQ(flag("LockSettings"), host::Value::boolean(false));
+
+  // set keeps the keys it is not given; replace drops them.
+  ASSERT_EQ(run(device.root, {"settings", "set", "Enabled=no", "ShowStatusbarIcon=1"}), 0);
+  EXPECT_EQ(settings().size(), 4u);
+  EXPECT_EQ(flag("Enabled"), host::Value::boolean(false));
+  EXPECT_EQ(flag("Vibrate"), host::Value::boolean(true));
+  EXPECT_EQ(flag("ShowStatusbarIcon"), host::Value::boolean(true));
+  EXPECT_TRUE(device.center.runUntil([&] { return *changed >= 2; }, milliseconds(5000)));
+
+  // Bad words change nothing, even when good ones come first.
+  const std::string before = fileBytes(file);
+  std::string err;
+  EXPECT_EQ(run(device.root, {"settings", "set", "ShowStatusBarIcon=1"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("ShowStatusBarIcon"), std::string::npos) << err;
+  EXPECT_EQ(run(device.root, {"settings", "set", "SaveHistory=false", "Vibrate=maybe"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("maybe"), std::string::npos) << err;
+  EXPECT_EQ(run(device.root, {"settings", "replace", "Enabled"}), 2);
+  EXPECT_EQ(fileBytes(file), before);
+  device.settle(kSettingsChangedNotification, changed, 2);
+
+  ASSERT_EQ(run(device.root, {"settings", "replace", "SaveHistory=false"}), 0);
+  EXPECT_EQ(settings(), (host::Dict{{host::T("SaveHistory"), host::Value::boolean(false)}}));
+  std::string out;
+  ASSERT_EQ(run(device.root, {"settings", "show", "--json"}, &out), 0);
+  EXPECT_EQ(nlohmann::json::parse(out), nlohmann::json({{"SaveHistory", false}}));
+}
+
+TEST(Hushwallctl, BlacklistRoundTripAnnouncesEachChange) {
+  RunningDevice device;
+  int* changed = device.observe(kContactsChangedNotification);
+  auto list = [&] {
+    std::string out;
+    EXPECT_EQ(run(device.root, {"blacklist", "list", "--json"}, &out), 0);
+    return nlohmann::json::parse(out);
+  };
+
+  ASSERT_EQ(run(device.root, {"blacklist", "add", "+49 (170) 123-45", "--name", "Mallory"}), 0);
+  ASSERT_EQ(run(device.root, {"blacklist", "add", "4930999"}), 0);
+  nlohmann::json rows = list();
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(rows[0]["phoneNumber"], "+49 (170) 123-45");
+  EXPECT_EQ(rows[0]["name"], "Mallory");
+  EXPECT_EQ(rows[1]["phoneNumber"], "4930999");
+  EXPECT_TRUE(device.center.runUntil([&] { return *changed >= 2; }, milliseconds(5000)));
+
+  ASSERT_EQ(run(device.root, {"blacklist", "remove", "+49 (170) 123-45"}), 0);
+  ASSERT_EQ(list().size(), 1u);
+  EXPECT_EQ(list()[0]["phoneNumber"], "4930999");
+
+  // Removal matches the entry as written, not every number it covers.
+  std::string err;
+  EXPECT_EQ(run(device.root, {"blacklist", "remove", "493099"}, nullptr, &err), 1);
+  EXPECT_NE(err.find("not on the blacklist"), std::string::npos) << err;
+  for (std::string bad : {"", "4917x0", "4917;0", "+49\t170"}) {
+    EXPECT_EQ(run(device.root, {"blacklist", "add", bad}, nullptr, &err), 2) << bad;
+    EXPECT_NE(err.find("malformed phone number"), std::string::npos) << err;
+  }
+  EXPECT_EQ(list().size(), 1u);
+  device.settle(kContactsChangedNotification, changed, 3);
+}
+
+TEST(Hushwallctl, IconHideAndPostReachTheBus) {
+  RunningDevice device;
+  int* hide = device.observe(kRemoveStatusBarIconNotification);
+  int* add = device.observe(kAddStatusBarIconNotification);
+  EXPECT_EQ(run(device.root, {"icon", "hide"}), 0);
+  EXPECT_EQ(run(device.root, {"post", kAddStatusBarIconNotification}), 0);
+  EXPECT_TRUE(device.center.runUntil([&] { return *hide == 1 && *add == 1; }, milliseconds(5000)));
+  EXPECT_EQ(run(device.root, {"post", "nodot"}), 2);
+}
+
+TEST(Hushwallctl, HistoryAndPicturesAreListed) {
+  TempDeviceRoot root;
+  root.installDatabase();
+  execSql(root.databaseFile(),
+          "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType, mediaFileName,"
+          " mediaURL, isMine) VALUES ('4917', NULL, 'hi', 1400000000.5, 2, 0, '', '', 0),"
+          " ('4930', 'Me', '', 1400000128.0, 1, 1, '/x.png', 'u', 1);");
+  std::string out;
+  ASSERT_EQ(run(root, {"history", "--json"}, &out), 0);
+  nlohmann::json rows = nlohmann::json::parse(out);
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(rows[0]["phoneNumber"], "4917");
+  EXPECT_TRUE(rows[0]["name"].is_null());
+  EXPECT_EQ(rows[0]["date"], 1400000000.5);
+  EXPECT_EQ(rows[1]["isMine"], 1);
+  EXPECT_EQ(rows[1]["mediaURL"], "u");
+
+  const std::string data = root.native("/var/mobile/Library/Preferences/Hushwall");
+  fs::create_directories(data + "/4930"), fs::create_directories(data + "/4917");
+  std::ofstream(data + "/4930/4930-2.000000.png") << "0123456789";
+  std::ofstream(data + "/4917/4917-1.000000.png") << "png!";
+  ASSERT_EQ(run(root, {"pictures", "--json"}, &out), 0);
+  const std::string prefix = "var/mobile/Library/Preferences/Hushwall/";
+  EXPECT_EQ(nlohmann::json::parse(out),
+            nlohmann::json::parse(R"([{"path":")" + prefix + R"(4917/4917-1.000000.png","size":4},
+                                      {"path":")" + prefix + R"(4930/4930-2.000000.png","size":10}])"));
+}
+
+TEST(Hushwallctl, WatchPrintsEachHistoryChange) {
+  RunningDevice device;
+  Ctl watch(device.root.path(), {"watch", "--count", "2", "--timeout", "10"});
+  ASSERT_TRUE(watch.readUntilError("watching")) << watch.err;
+  device.center.post(kNewMessagedAddedNotification);
+  device.center.post(kSettingsChangedNotification);  // not watched
+  device.center.post(kNewMessagedAddedNotification);
+  EXPECT_EQ(watch.finish(), 0) << watch.err;
+  EXPECT_EQ(watch.out, std::string("notification 1: ") + kNewMessagedAddedNotification +
+                           "\nnotification 2: " + kNewMessagedAddedNotification + "\n");
+
+  EXPECT_EQ(run(device.root, {"watch", "--count", "1", "--timeout", "0.2"}), 1);
+  EXPECT_EQ(run(device.root, {"watch", "--timeout", "0.2"}), 0);
+}
+
+TEST(Hushwallctl, DeviceProblemsAreReportedClearly) {
+  TempDeviceRoot root;  // no bus, no database
+  std::string err;
+  EXPECT_EQ(run(root, {"settings", "set", "Enabled=1"}, nullptr, &err), 3);
+  EXPECT_NE(err.find("the device's bus is not running at " + root.path()), std::string::npos) << err;
+  // The change is kept: processes read the file in full when they start.
+  auto saved = linux_platform::readPlistDictionary(root.native(kSettingsFilePath));
+  ASSERT_TRUE(saved.has_value());
+  EXPECT_EQ(saved->at(host::T("Enabled")), host::Value::boolean(true));
+  EXPECT_EQ(run(root, {"icon", "hide"}), 3);
+
+  EXPECT_EQ(run(root, {"blacklist", "list"}, nullptr, &err), 1);
+  EXPECT_NE(err.find(root.databaseFile()), std::string::npos) << err;
+
+  const std::string missing = root.path() + "/nowhere";
+  Ctl ctl(missing, {"history"});
+  EXPECT_EQ(ctl.finish(), 2);
+  EXPECT_NE(ctl.err.find("device root '" + missing + "' does not exist"), std::string::npos) << ctl.err;
+}
+
+}  // namespace
+}  // namespace hushwall::testing
