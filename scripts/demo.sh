@@ -5,4 +5,4 @@ here=$(cd "$(dirname "$0")/.." && pwd)
 "$here/scripts/install-deps.sh"
 "$here/scripts/build.sh"
 build=${HUSHWALL_BUILD_DIR:-$here/build}
-exec "$build/tools/hushwall-model" demo "$@"
+exec "$build/sim/hushwall-sim" demo "$@"

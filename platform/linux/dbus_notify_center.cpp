@@ -89,6 +89,12 @@ void DBusNotifyCenter::addObserver(const std::string& name, Callback callback,
   observations_.push_back({name, behavior});
 }
 
+void DBusNotifyCenter::roundTripToBus() {
+  busDaemon_->createMethodCall("org.freedesktop.DBus.Peer", "Ping").send(0);
+}
+
+std::string DBusNotifyCenter::uniqueName() const { return connection_->getUniqueName(); }
+
 sdbus::IConnection::PollData DBusNotifyCenter::pollData() const {
   return connection_->getEventLoopPollData();
 }

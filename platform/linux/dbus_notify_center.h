@@ -68,6 +68,18 @@ class DBusNotifyCenter : public host::NotifyCenter {
   // `timeout` passes; returns done().
   bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
 
+  // Waits until the bus daemon has routed everything this process sent so
+  // far, and until everything the daemon routed to this process before now
+  // is in this process: a method call to the daemon itself, which reads one
+  // connection's messages in order and answers through the same queue that
+  // carries the signals for this process. Whatever arrives meanwhile is
+  // delivered by the next processPending(), never here. A simulator that
+  // wants replays to repeat uses it to know that a step's notifications have
+  // all landed. Throws sdbus::Error when the bus is gone.
+  void roundTripToBus();
+  // This process's name on the bus (":1.7"), the sender of its posts.
+  std::string uniqueName() const;
+
  private:
   std::unique_ptr<sdbus::IConnection> connection_;
   std::unique_ptr<sdbus::IObject> root_;  // path "/", where posts come from

@@ -153,6 +153,39 @@ TEST(DBusNotifyCenter, CrossesProcessesAndHoldsUntilTheLoopRuns) {
   EXPECT_EQ(settings, 1);
 }
 
+TEST(DBusNotifyCenter, RoundTripsLandAnotherConnectionsPostsWithoutWaiting) {
+  testing::PrivateBus bus;
+  DBusNotifyCenter listener(bus.address()), poster(bus.address());
+  int heard = 0;
+  listener.addObserver(kSettings, [&] { ++heard; }, SuspensionBehavior::kHold);
+  auto raw = sdbus::createSessionBusConnectionWithAddress(bus.address());
+  std::vector<std::string> senders;
+  raw->addMatch("type='signal',interface='com.Corvanta.HushwallSettings'",
+                [&](sdbus::Message& m) { senders.push_back(m.getSender()); }, sdbus::floating_slot);
+
+  // The poster's round trip means the daemon has routed its posts; the
+  // listener's own round trip then has them in hand, so a non-blocking
+  // delivery finds them every time, with no sleep or poll in between.
+  for (int i = 1; i <= 50; ++i) {
+    poster.post(kSettings);
+    poster.post(kSettings);
+    poster.roundTripToBus();
+    listener.roundTripToBus();
+    EXPECT_EQ(heard, 2 * (i - 1)) << "a round trip must not deliver";
+    ASSERT_TRUE(listener.processPending()) << "round " << i;
+    EXPECT_EQ(heard, 2 * i) << "round " << i;
+  }
+  EXPECT_FALSE(listener.processPending());
+
+  auto daemon = sdbus::createProxy(*raw, "org.freedesktop.DBus", "/org/freedesktop/DBus");
+  daemon->createMethodCall("org.freedesktop.DBus.Peer", "Ping").send(0);
+  while (raw->processPendingRequest()) {
+  }
+  ASSERT_EQ(senders.size(), 100u);
+  EXPECT_EQ(senders.front(), poster.uniqueName());
+  EXPECT_NE(poster.uniqueName(), listener.uniqueName());
+}
+
 TEST(DBusNotifyCenter, PostsLeaveBeforeTheProcessEndsEvenWhenTheBusLags) {
   testing::PrivateBus bus;
   DBusNotifyCenter center(bus.address());

@@ -1,0 +1,140 @@
+#include "sim/app_process.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+#include "sim/child_cleanup.h"
+
+namespace hushwall::sim {
+
+AppProcess::AppProcess(std::string name, const std::vector<std::string>& argv, std::string logFile)
+    : name_(std::move(name)), logFile_(std::move(logFile)) {
+  int in[2], out[2];
+  if (::pipe2(in, O_CLOEXEC) != 0) throw std::runtime_error("cannot start " + name_ + ": no pipe");
+  if (::pipe2(out, O_CLOEXEC) != 0) {
+    ::close(in[0]);
+    ::close(in[1]);
+    throw std::runtime_error("cannot start " + name_ + ": no pipe");
+  }
+  int log = ::open(logFile_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  std::vector<char*> args;
+  for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+  args.push_back(nullptr);
+  pid_ = ::fork();
+  if (pid_ == 0) {
+    ::dup2(in[0], STDIN_FILENO);
+    ::dup2(out[1], STDOUT_FILENO);
+    if (log >= 0) ::dup2(log, STDERR_FILENO);
+    ::execv(args[0], args.data());
+    ::_exit(127);
+  }
+  ::close(in[0]);
+  ::close(out[1]);
+  if (log >= 0) ::close(log);
+  toChild_ = in[1];
+  fromChild_ = out[0];
+  if (pid_ < 0) {
+    status_ = 0;
+    throw std::runtime_error("cannot start " + name_ + ": " + std::strerror(errno));
+  }
+  watchChild(pid_);
+  reader_.emplace(fromChild_);
+}
+
+AppProcess::~AppProcess() {
+  if (!status_) {
+    ::kill(pid_, SIGKILL);
+    reap(true);
+  }
+  if (toChild_ >= 0) ::close(toChild_);
+  if (fromChild_ >= 0) ::close(fromChild_);
+}
+
+void AppProcess::reap(bool block) {
+  if (status_) return;
+  int status = 0;
+  pid_t done;
+  while ((done = ::waitpid(pid_, &status, block ? 0 : WNOHANG)) < 0 && errno == EINTR) {
+  }
+  if (done == pid_ || done < 0) {
+    status_ = status;
+    forgetChild(pid_);
+  }
+}
+
+std::optional<nlohmann::json> AppProcess::awaitReply(int timeoutMs) {
+  std::string line;
+  switch (reader_->readLine(line, timeoutMs)) {
+    case LineReader::Status::kLine: {
+      nlohmann::json reply = nlohmann::json::parse(line, nullptr, false);
+      if (reply.is_discarded() || !reply.is_object()) {
+        throw std::runtime_error(name_ + " answered with something that is no JSON object: " + line);
+      }
+      return reply;
+    }
+    case LineReader::Status::kEnd:
+      reap(true);
+      return std::nullopt;
+    case LineReader::Status::kTimeout:
+      break;
+  }
+  throw std::runtime_error(name_ + " did not answer within " + std::to_string(timeoutMs / 1000) + " s");
+}
+
+std::optional<nlohmann::json> AppProcess::request(const nlohmann::json& message, int timeoutMs) {
+  if (status_ || !writeLine(toChild_, message)) {
+    reap(true);
+    return std::nullopt;
+  }
+  return awaitReply(timeoutMs);
+}
+
+void AppProcess::waitForExit(int timeoutMs) {
+  ::close(toChild_);  // end of input ends a process that is still serving
+  toChild_ = -1;
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!status_ && std::chrono::steady_clock::now() < deadline) {
+    reap(false);
+    if (!status_) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  if (!status_) {
+    ::kill(pid_, SIGKILL);
+    reap(true);
+  }
+}
+
+std::string AppProcess::howItEnded() {
+  reap(true);
+  std::string how;
+  if (WIFSIGNALED(*status_)) {
+    how = "killed by signal " + std::to_string(WTERMSIG(*status_)) + " (" +
+          ::strsignal(WTERMSIG(*status_)) + ")";
+  } else {
+    how = "exited with status " + std::to_string(WEXITSTATUS(*status_));
+  }
+  // What the process said last (for an uncaught exception: its type, then
+  // its text).
+  std::ifstream log(logFile_);
+  std::string line, said[2];
+  while (std::getline(log, line)) {
+    line.erase(0, line.find_first_not_of(" \t"));
+    if (line.empty()) continue;
+    said[0] = std::move(said[1]);
+    said[1] = line;
+  }
+  for (const std::string& part : said) {
+    if (!part.empty()) how += (how.find(": ") == std::string::npos ? ": " : "; ") + part;
+  }
+  return how;
+}
+
+}  // namespace hushwall::sim

@@ -1,0 +1,102 @@
+#include "sim/device_setup.h"
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+#include "model/paths.h"
+#include "platform/linux/device_bundles.h"
+#include "platform/linux/device_root_file_system.h"
+#include "platform/linux/plist_file.h"
+#include "platform/linux/vcard_address_book.h"
+#include "sim/json_values.h"
+#include "startup/settings.h"
+#include "tools/history_table.h"
+
+namespace hushwall::sim {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string inRoot(const std::string& root, const std::string& devicePath) {
+  fs::create_directories(fs::path(root + devicePath).parent_path());
+  return root + devicePath;
+}
+
+// WhatsApp's own message database, with the one table Hushwall reads.
+void writeChatStorage(const std::string& root, const std::vector<ChatMessage>& rows) {
+  linux_platform::DeviceRootFileSystem files(root);
+  linux_platform::DeviceBundles bundles(files, host::T("net.whatsapp.WhatsApp"));
+  const std::string path = inRoot(root, host::toUtf8(*bundles.documentsDirectory()) + "/ChatStorage.sqlite");
+  sqlite3* raw = nullptr;
+  int rc = sqlite3_open(path.c_str(), &raw);
+  std::unique_ptr<sqlite3, int (*)(sqlite3*)> db(raw, sqlite3_close);
+  sqlite3_stmt* insert = nullptr;
+  if (rc != SQLITE_OK ||
+      sqlite3_exec(db.get(), "CREATE TABLE ZWAMESSAGE (Z_PK INTEGER PRIMARY KEY, ZTOJID TEXT, ZFROMJID TEXT)",
+                   nullptr, nullptr, nullptr) != SQLITE_OK ||
+      sqlite3_prepare_v2(db.get(), "INSERT INTO ZWAMESSAGE (ZTOJID, ZFROMJID) VALUES (?, ?)", -1,
+                         &insert, nullptr) != SQLITE_OK) {
+    throw std::runtime_error("cannot write the messenger's database " + path + ": " +
+                             sqlite3_errmsg(db.get()));
+  }
+  std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement(insert, sqlite3_finalize);
+  for (const ChatMessage& row : rows) {
+    int column = 0;
+    for (const auto& jid : {row.toJID, row.fromJID}) {
+      ++column;
+      if (jid) sqlite3_bind_text(insert, column, jid->c_str(), -1, SQLITE_TRANSIENT);
+      else sqlite3_bind_null(insert, column);
+    }
+    if (sqlite3_step(insert) != SQLITE_DONE) {
+      throw std::runtime_error("cannot write the messenger's database " + path);
+    }
+    sqlite3_reset(insert);
+  }
+}
+
+}  // namespace
+
+std::string databaseFile(const std::string& root) {
+  return root + kDataDirectory + kDatabaseComponent;
+}
+
+void prepareDevice(const std::string& root, const Scenario& scenario,
+                   const std::string& templateDatabase) {
+  if (!fs::is_regular_file(templateDatabase)) {
+    throw std::runtime_error("the template database " + templateDatabase + " is missing");
+  }
+  fs::copy_file(templateDatabase, inRoot(root, std::string(kSettingsBundlePath) + kDatabaseComponent));
+  if (scenario.settings) writeSettingsFile(root, *scenario.settings);
+  if (scenario.contacts) {
+    linux_platform::writeContactsVCard(inRoot(root, linux_platform::kContactsVCardPath),
+                                       *scenario.contacts);
+  }
+  if (scenario.chatStorage) writeChatStorage(root, *scenario.chatStorage);
+  if (!scenario.blacklist.empty()) {
+    fs::copy_file(templateDatabase, inRoot(root, std::string(kDataDirectory) + kDatabaseComponent));
+    for (const BlacklistEntry& entry : scenario.blacklist) {
+      tools::insertBlacklistRow(databaseFile(root), entry.name, entry.phoneNumber);
+    }
+  }
+}
+
+std::set<std::string> initialChats(const Scenario& scenario) {
+  std::set<std::string> chats;
+  if (!scenario.chatStorage) return chats;
+  for (const ChatMessage& row : *scenario.chatStorage) {
+    for (const auto& jid : {row.toJID, row.fromJID}) {
+      if (jid) chats.insert(*jid);
+    }
+  }
+  return chats;
+}
+
+void writeSettingsFile(const std::string& root, const nlohmann::json& values) {
+  const host::Value settings = valueFromJson(values);
+  linux_platform::writeBinaryPlist(inRoot(root, kSettingsFilePath), *settings.dictionary());
+}
+
+}  // namespace hushwall::sim

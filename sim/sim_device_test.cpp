@@ -1,0 +1,194 @@
+// hushwall-sim end to end: real app processes with the library loaded, a
+// real bus and a real database, driven by scenarios written here.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "sim/sim_run.h"
+
+namespace hushwall::sim {
+namespace {
+
+using nlohmann::json;
+
+const std::string kSpammer = "4917012345";
+const std::string kSpammerJid = kSpammer + "@s.whatsapp.net";
+const std::string kCarol = "4930555002";
+const std::string kCarolJid = kCarol + "@s.whatsapp.net";
+const std::string kBobJid = "4930555001@s.whatsapp.net";
+const std::string kMessenger = "net.whatsapp.WhatsApp";
+const std::string kPrefix = "com.Corvanta.HushwallSettings.";
+constexpr double kT = 1400000000;
+
+json settings(std::initializer_list<const char*> on) {
+  json values = json::object();
+  for (const char* key : on) values[key] = true;
+  return values;
+}
+
+json text(const std::string& id, const std::string& from, const std::string& words, double at) {
+  return {{"id", id}, {"fromJID", from}, {"text", words}, {"nickname", "N-" + id}, {"timestamp", at}};
+}
+
+json localBulletin(const std::string& to, const std::string& message, const std::string& jid) {
+  return {{"do", "bulletin"}, {"to", to},
+          {"bulletin", {{"sectionID", kMessenger}, {"message", message},
+                        {"context", {{"notificationType", "AppNotificationLocal"},
+                                     {"userInfo", {{"jid", jid}}}}}}}};
+}
+
+json at(double when, json step) {
+  step["at"] = when;
+  return step;
+}
+
+std::string slurp(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+TEST(HushwallSim, PlaysTheWalkThroughOfABlockedMessageAcrossBothProcesses) {
+  SimRun sim;
+  json scenario = {
+      {"settings", settings({"Enabled", "SaveHistory", "ShowStatusbarIcon", "Vibrate"})},
+      {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", kSpammer}}}},
+      {"steps",
+       {{{"do", "incoming"}, {"at", kT},
+         {"stanzas",
+          {text("m1", kSpammerJid, "Buy now", kT), text("m2", kBobJid, "Lunch?", kT + 1),
+           {{"id", "m3"}, {"fromJID", kSpammerJid}, {"text", "pic"}, {"nickname", "S"},
+            {"timestamp", kT + 2}, {"hasMedia", true}, {"mediaType", 1}, {"mediaURL", "https://m/1"},
+            {"media", "AAEC/w=="}}}}},
+        // Should SpringBoard still be handed a bulletin for the sender, the
+        // banner drops it and records it.
+        at(kT + 10, localBulletin("banner", "Spammer: hello again", kSpammerJid))}}};
+  SimResult result = sim.play(scenario);
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+  const json& state = result.state;
+
+  EXPECT_EQ(state["whatsapp"]["receipts"], json::array({json::array({"m1", "m3"})}));
+  EXPECT_EQ(state["whatsapp"]["delivered"], json::array({json::array({"m2"})}))
+      << "blocked stanzas never reach WhatsApp";
+  EXPECT_EQ(state["springboard"]["statusBar"], json::array({"HSWL"}));
+  EXPECT_EQ(state["springboard"]["shown"]["banner"], json::array());
+  EXPECT_TRUE(state["springboard"]["badge"].is_null()) << "a blocked notification never raises the badge";
+  EXPECT_EQ(state["device"]["vibrations"], 2);
+  EXPECT_EQ(state["device"]["notifications"],
+            json::array({kPrefix + "addStatusBarIcon", kPrefix + "newMessagedAdded",
+                         kPrefix + "newMessagedAdded"}));
+
+  const std::string picture = "/var/mobile/Library/Preferences/Hushwall/" + kSpammer + "/" + kSpammer +
+                              "-1400000000.000000.png";
+  EXPECT_EQ(state["files"], json::array({picture}));
+  EXPECT_EQ(slurp(sim.deviceRoot() + picture), std::string("\x00\x01\x02\xff", 4));
+  const json& history = state["database"]["History"];
+  ASSERT_EQ(history.size(), 3u);
+  EXPECT_EQ(history[0]["phoneNumber"], kSpammer);
+  EXPECT_EQ(history[0]["message"], "Buy now");
+  EXPECT_EQ(history[0]["mediaType"], 0);
+  EXPECT_EQ(history[1]["mediaFileName"], picture);
+  EXPECT_EQ(history[1]["mediaURL"], "https://m/1");
+  EXPECT_EQ(history[2]["blockType"], 2);
+  EXPECT_EQ(history[2]["message"], "hello again");
+  EXPECT_EQ(history[2]["date"], kT + 10);
+  EXPECT_NE(result.output.find("springboard status bar shows HSWL"), std::string::npos) << result.output;
+}
+
+TEST(HushwallSim, ABlacklistChangeMadeInWhatsAppReachesSpringBoard) {
+  SimRun sim;
+  json scenario = {
+      {"settings", settings({"Enabled", "ActionButton"})},
+      {"steps",
+       {localBulletin("banner", "Carol: one", kCarolJid),
+        {{"do", "chatOptions"}, {"cell", {{"jid", kCarolJid}, {"name", "Carol"}}}},
+        {{"do", "actionSheet"}, {"title", "Carol"}},
+        {{"do", "tap"}, {"button", "Add to Blacklist"}},
+        {{"do", "answer"}, {"index", 1}},
+        localBulletin("banner", "Carol: two", kCarolJid)}}};
+  SimResult result = sim.play(scenario);
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+  const json& state = result.state;
+
+  EXPECT_EQ(state["whatsapp"]["sheets"], json::array({json::array({"Add to Blacklist"})}));
+  EXPECT_EQ(state["whatsapp"]["alerts"],
+            json::array({{{"title", "Hushwall"}, {"message", "Would you like to blacklist Carol (" + kCarol + ") ?"},
+                   {"buttons", {"No", "Yes"}}}}));
+  EXPECT_EQ(state["database"]["Blacklist"],
+            json::array({{{"id", 1}, {"name", "Carol"}, {"phoneNumber", kCarol}}}));
+  EXPECT_EQ(state["whatsapp"]["blacklistNumbers"], json::array({kCarol}));
+  EXPECT_EQ(state["springboard"]["blacklistNumbers"], json::array({kCarol}));
+  const json& banners = state["springboard"]["shown"]["banner"];
+  ASSERT_EQ(banners.size(), 1u) << "the second banner comes after the change and is dropped";
+  EXPECT_EQ(banners[0]["message"], "Carol: one");
+  EXPECT_EQ(state["springboard"]["badge"], 1);
+  // The dropped local banner is recorded only with the icon setting on.
+  EXPECT_EQ(state["device"]["notifications"], json::array({kPrefix + "contactsChanged"}));
+}
+
+TEST(HushwallSim, SpringBoardSeedsTheDatabaseAndRestartedAppsReadItAfresh) {
+  SimRun sim;
+  json scenario = {
+      {"settings", settings({"Enabled", "ShowStatusbarIcon"})},
+      {"chatStorage", {{{"ZTOJID", kSpammerJid}, {"ZFROMJID", nullptr}},
+                       {{"ZTOJID", nullptr}, {"ZFROMJID", kBobJid}}}},
+      {"steps",
+       {// Only a seeded database has a Blacklist table to write to.
+        {{"do", "blacklistAdd"}, {"phoneNumber", kSpammer}, {"name", "Spammer"}},
+        {{"do", "terminate"}},
+        // WhatsApp is not running: this announcement is lost for it.
+        {{"do", "blacklistAdd"}, {"phoneNumber", "4930555001"}, {"name", "Bob"}},
+        {{"do", "incoming"}, {"at", kT}, {"stanzas", {text("b1", kBobJid, "hi", kT)}}},
+        {{"do", "restart"}, {"process", "springboard"}}}}};
+  SimResult result = sim.play(scenario);
+  ASSERT_EQ(result.exitCode, 0) << result.errors << result.output;
+  const json& state = result.state;
+
+  EXPECT_EQ(state["whatsapp"]["chats"], json::array({kBobJid})) << "the purge at termination took the spammer's chat";
+  EXPECT_EQ(state["whatsapp"]["receipts"], json::array({json::array({"b1"})})) << "the restarted app read the blacklist at start";
+  EXPECT_EQ(state["whatsapp"]["delivered"], json::array());
+  EXPECT_EQ(state["whatsapp"]["blacklistNumbers"], json::array({kSpammer, "4930555001"}));
+  EXPECT_EQ(state["database"]["History"].size(), 1u);
+  EXPECT_EQ(state["springboard"]["statusBar"], json::array()) << "no icon at SpringBoard's launch";
+  EXPECT_EQ(state["springboard"]["flags"]["ShowStatusbarIcon"], true);
+  EXPECT_EQ(state["springboard"]["blacklistNumbers"], json::array({kSpammer, "4930555001"}));
+  EXPECT_EQ(state["crashes"], json::array());
+  const std::string& out = result.output;
+  auto exits = out.find("whatsapp    exits"), shown = out.find("status bar shows HSWL");
+  ASSERT_NE(exits, std::string::npos) << out;
+  EXPECT_NE(out.find("whatsapp    started", exits), std::string::npos) << out;
+  EXPECT_NE(shown, std::string::npos) << "the icon was shown before SpringBoard restarted\n" << out;
+}
+
+TEST(HushwallSim, AProcessKilledByTheRangeFailureIsReportedAndRestarted) {
+  SimRun sim;
+  json scenario = {
+      {"settings", settings({"Enabled"})},
+      {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", kSpammer}}}},
+      {"steps",
+       {localBulletin("banner", "Alice:", kSpammerJid), localBulletin("banner", "Bob: hi", kBobJid)}}};
+  SimResult result = sim.play(scenario);
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.state["crashes"],
+            json::array({{{"process", "springboard"}, {"step", 1}, {"kind", "bulletin"}}}));
+  const json& banners = result.state["springboard"]["shown"]["banner"];
+  ASSERT_EQ(banners.size(), 1u) << "the restarted SpringBoard goes on with the next step";
+  EXPECT_EQ(banners[0]["message"], "Bob: hi");
+  EXPECT_EQ(result.state["springboard"]["flags"]["Enabled"], true);
+  EXPECT_NE(result.output.find("RangeException"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("springboard restarted by the device"), std::string::npos);
+}
+
+TEST(HushwallSim, ReplaysOfTheDemoEndInTheSameState) {
+  SimRun first, second;
+  SimResult one = first.playFile(HUSHWALL_DEMO_SCENARIO);
+  SimResult two = second.playFile(HUSHWALL_DEMO_SCENARIO);
+  ASSERT_EQ(one.exitCode, 0) << one.errors;
+  ASSERT_EQ(two.exitCode, 0) << two.errors;
+  EXPECT_EQ(one.state, two.state);
+  EXPECT_FALSE(one.state["database"]["History"].empty());
+}
+
+}  // namespace
+}  // namespace hushwall::sim

@@ -1,0 +1,119 @@
+// hushwall-sim: a simulated jailbroken device on which Hushwall runs as on a
+// phone, with WhatsApp and SpringBoard as two processes that load the
+// library at start and share only the device's files and notifications.
+//
+//   hushwall-sim run SCENARIO.json [--state STATE.json] [--root DIR]
+//   hushwall-sim demo [--state STATE.json] [--root DIR]
+//
+// It prints a transcript of what each process saw and did, then writes the
+// final state as JSON to STATE.json (or prints it). Without --root the
+// device lives in a temporary directory that is removed at the end; with it,
+// DIR (new or empty) keeps the device for a look afterwards.
+//
+// Exit status: 0 played; 1 the device could not play it (a step that cannot
+// be done, a process that would not start); 2 a bad command line or scenario.
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "sim/child_cleanup.h"
+#include "sim/scenario.h"
+#include "sim/simulation.h"
+#include "sim/transcript.h"
+
+namespace hushwall::sim {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The device root: given (new or empty, kept) or temporary (removed).
+class DeviceRoot {
+ public:
+  explicit DeviceRoot(const std::string& given) {
+    if (given.empty()) {
+      std::string pattern = (fs::temp_directory_path() / "hushwall-sim-XXXXXX").string();
+      if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a device root in /tmp");
+      path_ = pattern;
+      temporary_ = true;
+      return;
+    }
+    fs::create_directories(given);
+    if (!fs::is_empty(given)) {
+      throw std::runtime_error("the device root " + given + " is not empty; give a new or empty directory");
+    }
+    path_ = fs::canonical(given).string();
+  }
+  ~DeviceRoot() {
+    std::error_code ignored;
+    if (temporary_) fs::remove_all(path_, ignored);
+  }
+  const std::string& path() const { return path_; }
+  bool temporary() const { return temporary_; }
+
+ private:
+  std::string path_;
+  bool temporary_ = false;
+};
+
+// A companion file: beside this program when installed so, else where the
+// build made it.
+std::string companionFile(const std::string& name, const std::string& built) {
+  std::error_code ec;
+  fs::path beside = fs::read_symlink("/proc/self/exe", ec).parent_path() / name;
+  return !ec && fs::exists(beside) ? beside.string() : built;
+}
+
+int play(const std::string& scenarioPath, const std::string& statePath, const std::string& rootPath) {
+  Scenario scenario;
+  try {
+    scenario = loadScenario(scenarioPath);
+  } catch (const ScenarioError& e) {
+    std::cerr << "hushwall-sim: " << e.what() << "\n";
+    return 2;
+  }
+  try {
+    DeviceRoot root(rootPath);
+    Transcript transcript(std::cout);
+    transcript.heading("Hushwall on a simulated device: " + scenarioPath);
+    transcript.heading("Device root: " + root.path() + (root.temporary() ? " (removed at the end)" : ""));
+    const SimulationPaths paths{companionFile("hushwall-app", HUSHWALL_APP_PATH), HUSHWALL_LIBRARY_PATH,
+                                companionFile("HSWL.db", HUSHWALL_TEMPLATE_DB)};
+    const nlohmann::json state = runScenario(scenario, root.path(), paths, transcript);
+    if (statePath.empty()) {
+      std::cout << "\nFinal state:\n" << state.dump(2) << "\n";
+    } else {
+      std::ofstream file(statePath);
+      file << state.dump(2) << "\n";
+      if (!file.flush()) throw std::runtime_error("cannot write the final state to " + statePath);
+      std::cout << "\nFinal state written to " << statePath << "\n";
+    }
+    return 0;
+  } catch (const std::exception& e) {
+    std::cout.flush();
+    std::cerr << "hushwall-sim: " << e.what() << "\n";
+    return 1;
+  }
+}
+
+}  // namespace
+}  // namespace hushwall::sim
+
+int main(int argc, char** argv) {
+  CLI::App cli{"hushwall-sim: Hushwall on a simulated device with WhatsApp and SpringBoard"};
+  cli.require_subcommand(1);
+  std::string scenario, state, root;
+  CLI::App* run = cli.add_subcommand("run", "Play a scenario file");
+  run->add_option("SCENARIO", scenario, "the scenario (JSON)")->required();
+  CLI::App* demo = cli.add_subcommand("demo", "Play the demonstration scenario shipped with Hushwall");
+  for (CLI::App* command : {run, demo}) {
+    command->add_option("--state", state, "write the final state (JSON) to this file");
+    command->add_option("--root", root, "keep the device in this new or empty directory");
+  }
+  CLI11_PARSE(cli, argc, argv);
+  hushwall::sim::installChildCleanup();
+  return hushwall::sim::play(demo->parsed() ? HUSHWALL_DEMO_SCENARIO : scenario, state, root);
+}
