@@ -96,9 +96,17 @@ Text normalisedPath(const Text& joined) {
 }  // namespace
 
 Text fromUtf8(std::string_view utf8) {
+  // Numbers, JIDs, keys and stored rows are plain ASCII nearly always, and
+  // the blacklist reload converts every row: the ASCII prefix is widened unit
+  // by unit, and only what follows it is decoded.
+  std::size_t ascii = 0;
+  while (ascii < utf8.size() && static_cast<unsigned char>(utf8[ascii]) < 0x80) ++ascii;
   Text out;
   out.reserve(utf8.size());
-  for (std::size_t pos = 0; pos < utf8.size();) appendUtf16(out, decodeUtf8(utf8, pos));
+  out.resize(ascii);
+  char16_t* units = out.data();
+  for (std::size_t i = 0; i < ascii; ++i) units[i] = static_cast<char16_t>(utf8[i]);
+  for (std::size_t pos = ascii; pos < utf8.size();) appendUtf16(out, decodeUtf8(utf8, pos));
   return out;
 }
 
@@ -130,19 +138,6 @@ bool isWhiteSpace(char16_t unit) {
     default:
       return unit >= 0x2000 && unit <= 0x200A;
   }
-}
-
-Range rangeOfString(const OptText& receiver, const Text& needle) {
-  // A message to nil answers a zeroed struct, before any argument is looked at.
-  if (!receiver) return {0, 0};
-  if (needle.empty()) return {kNotFound, 0};
-  std::size_t at = receiver->find(needle);
-  if (at == Text::npos) return {kNotFound, 0};
-  return {at, needle.size()};
-}
-
-bool containsByLocation(const OptText& receiver, const Text& needle) {
-  return rangeOfString(receiver, needle).location != kNotFound;
 }
 
 Text substringTo(const Text& text, std::size_t index) {

@@ -70,11 +70,24 @@ bool isWhiteSpace(char16_t unit);
 //    that test location != kNotFound count as a match;
 //  - empty needle: {kNotFound, 0};
 //  - not found: {kNotFound, 0}.
-Range rangeOfString(const OptText& receiver, const Text& needle);
+//
+// Inline, like the next one: the blacklist test runs it once per entry for
+// every incoming message and notification, and a call into the shared host
+// library per entry would cost as much as the search itself.
+inline Range rangeOfString(const OptText& receiver, const Text& needle) {
+  // A message to nil answers a zeroed struct, before any argument is looked at.
+  if (!receiver) return {0, 0};
+  if (needle.empty()) return {kNotFound, 0};
+  const std::size_t at = receiver->find(needle);
+  if (at == Text::npos) return {kNotFound, 0};
+  return {at, needle.size()};
+}
 
 // True when `needle` occurs in `receiver` by the platform's test
 // "location != NSNotFound" (so an absent receiver counts as containing it).
-bool containsByLocation(const OptText& receiver, const Text& needle);
+inline bool containsByLocation(const OptText& receiver, const Text& needle) {
+  return rangeOfString(receiver, needle).location != kNotFound;
+}
 
 // substringToIndex: the first `index` code units. Raises RangeException when
 // index > length.

@@ -17,7 +17,10 @@ TEST(TextConversion, RoundTripsAndSurrogatePairs) {
   EXPECT_EQ(T("\xF0\x9F\x98\x80"), (Text{0xD83D, 0xDE00}));
   EXPECT_EQ(toUtf8(kGrinning), "\xF0\x9F\x98\x80");
   EXPECT_EQ(kGrinning.size(), 2u);
-  EXPECT_EQ(fromUtf8(std::string_view("a\0b", 3)).size(), 3u);
+  EXPECT_EQ(fromUtf8(std::string_view("a\0b", 3)), (Text{u'a', 0, u'b'}));
+  // All ASCII, and ASCII on both sides of a multi-byte character.
+  EXPECT_EQ(T("34612345678@s.whatsapp.net"), u"34612345678@s.whatsapp.net");
+  EXPECT_EQ(T("\x7F" "ab\xC3\xA9" "cd"), u"\u007Fab\u00E9cd");
 }
 
 TEST(TextConversion, BadInputBecomesReplacementCharacter) {

@@ -11,6 +11,8 @@ packages=(
   libphonenumber-dev
   nlohmann-json3-dev libcli11-dev
   libgtest-dev libgmock-dev
+  libbenchmark-dev
+  clang-14 libclang-rt-14-dev
 )
 
 missing=()

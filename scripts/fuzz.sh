@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Builds the libFuzzer targets with clang into build-fuzz/ (or
+# $HUSHWALL_FUZZ_BUILD_DIR) and runs each for SECONDS (default 20), starting
+# from the seeds in fuzz/corpus/<target>/. New inputs that the fuzzer finds
+# stay in the build directory; the seeds in the repository are not touched.
+# A crash or a failed check fails the script and leaves the input under
+# <build>/artifacts/<target>/. A longer run: scripts/fuzz.sh 600
+set -euo pipefail
+here=$(cd "$(dirname "$0")/.." && pwd)
+seconds=${1:-20}
+"$here/scripts/install-deps.sh"
+build=${HUSHWALL_FUZZ_BUILD_DIR:-$here/build-fuzz}
+cc=$(command -v clang-14 || command -v clang)
+cxx=$(command -v clang++-14 || command -v clang++)
+cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DHUSHWALL_FUZZ=ON \
+  -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
+
+targets=(notification_text bulletin_context settings_file unformatted_number)
+cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
+
+export LSAN_OPTIONS="suppressions=$here/scripts/lsan.supp:print_suppressions=0"
+export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+status=0
+for target in "${targets[@]}"; do
+  corpus="$build/corpus/$target"
+  artifacts="$build/artifacts/$target/"
+  log="$build/fuzz-$target.log"
+  mkdir -p "$corpus" "$artifacts"
+  if "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 \
+      -artifact_prefix="$artifacts" "$corpus" "$here/fuzz/corpus/$target" >"$log" 2>&1; then
+    runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -1)
+    echo "hushwall-figure: fuzz $target: ${runs:-?} executions in ${seconds} s, no failure"
+  else
+    echo "fuzz: $target FAILED; the input is in $artifacts, the log in $log:" >&2
+    tail -40 "$log" >&2
+    status=1
+  fi
+done
+exit $status
