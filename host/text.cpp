@@ -95,18 +95,23 @@ Text normalisedPath(const Text& joined) {
 
 }  // namespace
 
-Text fromUtf8(std::string_view utf8) {
+void assignFromUtf8(Text& out, std::string_view utf8) {
   // Numbers, JIDs, keys and stored rows are plain ASCII nearly always, and
   // the blacklist reload converts every row: the ASCII prefix is widened unit
   // by unit, and only what follows it is decoded.
   std::size_t ascii = 0;
   while (ascii < utf8.size() && static_cast<unsigned char>(utf8[ascii]) < 0x80) ++ascii;
-  Text out;
+  out.clear();
   out.reserve(utf8.size());
   out.resize(ascii);
   char16_t* units = out.data();
   for (std::size_t i = 0; i < ascii; ++i) units[i] = static_cast<char16_t>(utf8[i]);
   for (std::size_t pos = ascii; pos < utf8.size();) appendUtf16(out, decodeUtf8(utf8, pos));
+}
+
+Text fromUtf8(std::string_view utf8) {
+  Text out;
+  assignFromUtf8(out, utf8);
   return out;
 }
 

@@ -50,6 +50,9 @@ class RangeException : public std::out_of_range {
 
 // UTF-8 to UTF-16. Invalid byte sequences become U+FFFD.
 Text fromUtf8(std::string_view utf8);
+// The same into `out`, replacing its content and reusing its storage, for
+// reloads that convert many rows into strings that are replaced anyway.
+void assignFromUtf8(Text& out, std::string_view utf8);
 // A C string that may be null (sqlite3_column_text, for one): null is absent.
 OptText fromUtf8(const char* utf8OrNull);
 // UTF-16 to UTF-8. A lone surrogate becomes U+FFFD.

@@ -45,6 +45,13 @@ host::OptText Statement::columnText(int index) const {
   return host::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(stmt_, index)));
 }
 
+bool Statement::columnTextInto(int index, host::Text& out) const {
+  const char* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, index));
+  if (text == nullptr) return false;
+  host::assignFromUtf8(out, text);
+  return true;
+}
+
 double Statement::columnDouble(int index) const { return sqlite3_column_double(stmt_, index); }
 
 }  // namespace hushwall

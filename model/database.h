@@ -62,6 +62,9 @@ class Statement {
   void reset();
 
   host::OptText columnText(int index) const;  // NULL gives absent
+  // The same into `out`, reusing its storage; false, and `out` untouched,
+  // for NULL.
+  bool columnTextInto(int index, host::Text& out) const;
   double columnDouble(int index) const;
 
   // The writers' convention; see the top of this file.

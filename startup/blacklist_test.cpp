@@ -47,6 +47,13 @@ TEST_F(ContactsChangedTest, ReadsThePhoneNumberColumnInRowOrder) {
   testing::execSql(env.root.databaseFile(), "DELETE FROM Blacklist WHERE name = 'Ann'");
   EXPECT_EQ(reload(), (std::vector<host::Text>{T("+49 170"), T("4917012345"), T("")}));
   EXPECT_EQ(blacklistNumbers, held);
+
+  // Each row lands where a shorter or longer one stood before, and text past
+  // plain ASCII is decoded there too.
+  testing::execSql(env.root.databaseFile(),
+                   "UPDATE Blacklist SET phoneNumber = '+49 170 \xC3\xBC 99' WHERE name = 'Bob';"
+                   "UPDATE Blacklist SET phoneNumber = '1' WHERE name IS NULL");
+  EXPECT_EQ(reload(), (std::vector<host::Text>{u"+49 170 \u00FC 99", T("1"), T("")}));
 }
 
 TEST_F(ContactsChangedTest, AnUnreadableDatabaseEmptiesTheList) {
