@@ -15,7 +15,7 @@ cxx=$(command -v clang++-14 || command -v clang++)
 cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DHUSHWALL_FUZZ=ON \
   -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
 
-targets=(notification_text bulletin_context settings_file unformatted_number)
+targets=(notification_text bulletin_context settings_file unformatted_number scenario)
 cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
 
 export LSAN_OPTIONS="suppressions=$here/scripts/lsan.supp:print_suppressions=0"
