@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds the libFuzzer targets with clang into build-fuzz/ (or
-# $HUSHWALL_FUZZ_BUILD_DIR) and runs each for SECONDS (default 20), starting
+# Builds the libFuzzer targets in the instrumented clang build that the
+# sanitized test run uses (build-asan/ or $HUSHWALL_ASAN_BUILD_DIR; see
+# scripts/configure-sanitized.sh) and runs each for SECONDS (default 20), starting
 # from the seeds in fuzz/corpus/<target>/. New inputs that the fuzzer finds
 # stay in the build directory; the seeds in the repository are not touched.
 # A crash or a failed check fails the script and leaves the input under
@@ -9,11 +10,7 @@ set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 seconds=${1:-20}
 "$here/scripts/install-deps.sh"
-build=${HUSHWALL_FUZZ_BUILD_DIR:-$here/build-fuzz}
-cc=$(command -v clang-14 || command -v clang)
-cxx=$(command -v clang++-14 || command -v clang++)
-cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DHUSHWALL_FUZZ=ON \
-  -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
+build=$("$here/scripts/configure-sanitized.sh")
 
 targets=(notification_text bulletin_context settings_file unformatted_number scenario)
 cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"

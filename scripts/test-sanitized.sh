@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Builds everything (libraries, libHushwall.so, host programs, tests) with
 # AddressSanitizer and UndefinedBehaviorSanitizer into build-asan/ (or
-# $HUSHWALL_ASAN_BUILD_DIR) and runs the whole test suite there. Any
+# $HUSHWALL_ASAN_BUILD_DIR; see scripts/configure-sanitized.sh) and runs the
+# whole test suite there. Any
 # sanitizer report fails the run, also one from a process whose test passed.
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 "$here/scripts/install-deps.sh"
-build=${HUSHWALL_ASAN_BUILD_DIR:-$here/build-asan}
-cmake -S "$here" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DHUSHWALL_SANITIZE=ON >/dev/null
+build=$("$here/scripts/configure-sanitized.sh")
 cmake --build "$build" -j"$(nproc)"
 
 # SQLite is built without frame pointers: only the slow unwinder gets through
