@@ -134,8 +134,9 @@ TEST(ChatPurgeHostile, AMessageDatabaseItCannotUseDeletesNothingUntilItIsSound) 
       {"a directory in its place", [&] { fs::create_directory(storage); }},
   };
 
-  for (const auto& [fault, make] : faults) {
+  for (const auto& [name, make] : faults) {
     replace(make);
+    const std::string fault = name;  // a lambda may not capture a structured binding
     inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter&) {
       hostLog().chats = {blocked, other};
       background(app);
