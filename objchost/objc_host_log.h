@@ -1,0 +1,42 @@
+// What the Objective-C stand-ins of WhatsApp's and SpringBoard's classes
+// received: each implementation writes here, so that what got past the
+// tweak's hooks is visible. One log per process, as the apps' state is.
+#ifndef HUSHWALL_OBJCHOST_OBJC_HOST_LOG_H_
+#define HUSHWALL_OBJCHOST_OBJC_HOST_LOG_H_
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace hushwall::objchost {
+
+using OptString = std::optional<std::string>;
+
+struct SheetButton {
+  std::string title;
+  void (^handler)(void);  // a heap copy, kept for the life of the process
+};
+
+struct ObjcHostLog {
+  // WhatsApp.
+  std::vector<std::vector<std::string>> delivered;  // stanza ids per batch
+  const void* lastBatch = nullptr;                  // the array object delivered last
+  std::vector<std::vector<std::string>> receipts;
+  std::vector<std::string> sent;
+  std::vector<OptString> optionsOpened;
+  std::vector<std::pair<OptString, std::vector<SheetButton>>> sheets;  // title, buttons
+  int backgrounded = 0;
+  int terminated = 0;
+
+  // SpringBoard.
+  std::map<std::string, int> shown;  // "banner", "lockscreen", "notificationCenter"
+  std::vector<std::string> feeds;    // the feed each controller was handed
+};
+
+ObjcHostLog& objcHostLog();
+
+}  // namespace hushwall::objchost
+
+#endif  // HUSHWALL_OBJCHOST_OBJC_HOST_LOG_H_

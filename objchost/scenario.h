@@ -1,0 +1,92 @@
+// One scenario, two hosts. A test writes what the user and the servers do
+// once, as a script against a driver; the script then runs in a simulated
+// app that loads libHushwall.so and in an Objective-C app that loads the
+// device adapter, each in a fresh process on a device of its own, and the
+// two logs of what the host saw (and the two databases) must agree.
+#ifndef HUSHWALL_OBJCHOST_SCENARIO_H_
+#define HUSHWALL_OBJCHOST_SCENARIO_H_
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/value.h"
+
+namespace hushwall::objchost {
+
+using OptString = std::optional<std::string>;
+
+struct PictureInput {
+  std::int64_t type = 1;  // 1 is a picture
+  OptString url;
+  std::vector<std::uint8_t> bytes;
+};
+
+struct StanzaInput {
+  std::string id;
+  OptString fromJID;
+  OptString text;
+  OptString nickname;
+  std::optional<double> timestamp;
+  std::optional<PictureInput> media;
+};
+
+struct OutgoingInput {
+  std::string id;
+  OptString toJID;
+  OptString text;
+  std::int64_t messageType = 0;
+  double date = 0;
+};
+
+// What a script can make the messenger do. Every step logs what the
+// messenger's own code received in consequence.
+class WhatsAppDriver {
+ public:
+  virtual ~WhatsAppDriver() = default;
+  // The connection hands a batch to processIncomingMessageStanzas:.
+  virtual void deliver(const std::vector<StanzaInput>& batch) = 0;
+  virtual void send(const OutgoingInput& message) = 0;
+  // The user opens a chat's options, then the sheet is built.
+  virtual void openOptions(const OptString& jid, const OptString& name) = 0;
+  virtual void actionSheet(const std::string& title) = 0;
+  // The user taps a button of the last sheet, then a button of the alert.
+  virtual void tapSheetButton(const std::string& title) = 0;
+  virtual void answerAlert(int index) = 0;
+  // Runs the main loop until the app's own notifications have come back,
+  // and logs the vibrations and the notifications seen so far.
+  virtual void settle() = 0;
+
+  std::vector<std::string> log;
+};
+
+// What a script can make SpringBoard do.
+class SpringBoardDriver {
+ public:
+  virtual ~SpringBoardDriver() = default;
+  // A bulletin handed to the banner, the lock screen and the notification
+  // centre, in that order, with feed 2.
+  virtual void deliver(const OptString& sectionID, const host::Value& context,
+                       const OptString& message) = 0;
+  // The messenger sets its own badge.
+  virtual void messengerSetsBadge(const host::Value& badge) = 0;
+  // A notification posted by a process outside the library.
+  virtual void postFromOutside(const std::string& name) = 0;
+  // Logs vibrations, status-bar requests and the messenger's badge.
+  virtual void settle() = 0;
+
+  std::vector<std::string> log;
+};
+
+using WhatsAppScript = std::function<void(WhatsAppDriver&)>;
+using SpringBoardScript = std::function<void(SpringBoardDriver&)>;
+
+// A value as the logs write it: its kind and content.
+std::string describe(const host::Value& value);
+std::string joined(const std::vector<std::string>& items);
+
+}  // namespace hushwall::objchost
+
+#endif  // HUSHWALL_OBJCHOST_SCENARIO_H_

@@ -1,0 +1,120 @@
+// The scenario's WhatsApp side in the simulated app (libHushwall.so over
+// the simulated host runtime).
+#include <cstddef>
+#include <string>
+
+#include "objchost/two_hosts.h"
+#include "simhost/host_log.h"
+#include "simhost/simulated_app.h"
+#include "simhost/whatsapp_classes.h"
+#include "testing/child_process.h"
+
+namespace hushwall::objchost {
+namespace {
+
+using host::Value;
+using simhost::hostLog;
+
+constexpr const char* kPosted[] = {"com.Corvanta.HushwallSettings.addStatusBarIcon",
+                                   "com.Corvanta.HushwallSettings.contactsChanged",
+                                   "com.Corvanta.HushwallSettings.newMessagedAdded"};
+
+class SimWhatsApp : public WhatsAppDriver {
+ public:
+  SimWhatsApp(simhost::SimulatedApp& app, testing::NotificationCounter& posted)
+      : app_(app), posted_(posted) {
+    connection_ = app.make("XMPPConnection");
+    chatList_ = app.make("ChatListViewController");
+  }
+
+  void deliver(const std::vector<StanzaInput>& batch) override {
+    host::Array stanzas;
+    for (const StanzaInput& s : batch) {
+      std::optional<simhost::Media> media;
+      if (s.media) media = simhost::Media{s.media->type, s.media->url, s.media->bytes};
+      stanzas.push_back(simhost::makeStanza(app_.runtime(), s.id, s.fromJID, s.text, s.nickname,
+                                            s.timestamp, media));
+    }
+    app_.send(connection_, "processIncomingMessageStanzas:", {Value::array(stanzas)});
+    logNew();
+  }
+
+  void send(const OutgoingInput& m) override {
+    app_.send(connection_, "sendMessage:",
+              {simhost::makeOutgoingMessage(app_.runtime(), m.id, m.toJID, m.text, m.messageType,
+                                            m.date)});
+    logNew();
+  }
+
+  void openOptions(const OptString& jid, const OptString& name) override {
+    app_.send(chatList_, "chatSessionCellShowMoreOptions:",
+              {simhost::makeCell(app_.runtime(), jid, name)});
+    logNew();
+  }
+
+  void actionSheet(const std::string& title) override {
+    app_.sendToClass("WABlockBasedActionSheet", "actionSheetWithTitle:",
+                     {Value::string(host::T(title))});
+    const auto& sheet = hostLog().sheets.back();
+    std::vector<std::string> buttons;
+    for (const auto& button : sheet.buttons) buttons.push_back(button.first);
+    log.push_back("sheet " + sheet.title.value_or("(nil)") + " " + joined(buttons));
+  }
+
+  void tapSheetButton(const std::string& title) override {
+    simhost::tapButton(title);
+    const host::AlertView& alert = app_.device().alerts().shown().back();
+    std::vector<std::string> buttons{host::toUtf8(alert.cancelButtonTitle)};
+    for (const auto& other : alert.otherButtonTitles) buttons.push_back(host::toUtf8(other));
+    log.push_back("alert " + host::toUtf8(alert.title) + " | " + host::toUtf8(alert.message) +
+                  " | " + joined(buttons) + " | " + std::to_string(alert.tag));
+  }
+
+  void answerAlert(int index) override { app_.device().alerts().answer(index); }
+
+  void settle() override {
+    posted_.settle();
+    log.push_back("vibrations " + std::to_string(app_.device().systemSounds().vibrations()));
+    for (const char* name : kPosted) {
+      log.push_back(std::string("posted ") + name + " " + std::to_string(posted_.count(name)));
+    }
+  }
+
+ private:
+  void logNew() {
+    const simhost::HostLog& h = hostLog();
+    for (; delivered_ < h.delivered.size(); ++delivered_) {
+      log.push_back("delivered " + joined(h.delivered[delivered_]));
+    }
+    for (; receipts_ < h.receipts.size(); ++receipts_) {
+      log.push_back("receipts " + joined(h.receipts[receipts_]));
+    }
+    for (; sent_ < h.sent.size(); ++sent_) log.push_back("sent " + h.sent[sent_]);
+    for (; opened_ < h.optionsOpened.size(); ++opened_) {
+      log.push_back("options opened " + h.optionsOpened[opened_].value_or("(nil)"));
+    }
+  }
+
+  simhost::SimulatedApp& app_;
+  testing::NotificationCounter& posted_;
+  Value connection_, chatList_;
+  std::size_t delivered_ = 0, receipts_ = 0, sent_ = 0, opened_ = 0;
+};
+
+}  // namespace
+
+Log runSimulatedWhatsApp(const testing::TestDevice& device, const WhatsAppScript& script) {
+  testing::runInChildProcess([&] {
+    simhost::SimulatedApp app(device.root(), host::T("net.whatsapp.WhatsApp"),
+                              simhost::AppClasses::kWhatsApp);
+    testing::NotificationCounter posted(app, {kPosted[0], kPosted[1], kPosted[2]});
+    app.loadLibrary(HUSHWALL_LIBRARY_PATH);
+    SimWhatsApp driver(app, posted);
+    script(driver);
+    driver.settle();
+    writeLog(device, "simulated", driver.log);
+  });
+  return readLog(device, "simulated");
+}
+
+}  // namespace hushwall::objchost

@@ -1,0 +1,59 @@
+#import <UIKit/UIKit.h>
+
+#include <utility>
+
+#include "platform/darwin/device_services.h"
+#include "platform/darwin/objc_values.h"
+
+// The alert's delegate: hands the tapped button, and what the alert shows,
+// to the logic. An alert does not keep its delegate, so the delegate keeps
+// itself until the user has answered.
+@interface HWAlertDelegate : NSObject <UIAlertViewDelegate> {
+  hushwall::host::Alerts::Delegate delegate_;
+}
+- (id)initWithDelegate:(hushwall::host::Alerts::Delegate)delegate;
+@end
+
+@implementation HWAlertDelegate
+- (id)initWithDelegate:(hushwall::host::Alerts::Delegate)delegate {
+  if ((self = [super init]) != nil) delegate_ = std::move(delegate);
+  return self;
+}
+
+- (void)alertView:(UIAlertView*)alertView clickedButtonAtIndex:(NSInteger)buttonIndex {
+  using hushwall::darwin::textOf;
+  hushwall::host::AlertView answered;
+  answered.title = textOf([alertView title]);
+  answered.message = textOf([alertView message]);
+  const NSInteger cancel = [alertView cancelButtonIndex];
+  for (NSInteger i = 0; i < [alertView numberOfButtons]; ++i) {
+    if (i == cancel) {
+      answered.cancelButtonTitle = textOf([alertView buttonTitleAtIndex:i]);
+    } else {
+      answered.otherButtonTitles.push_back(textOf([alertView buttonTitleAtIndex:i]));
+    }
+  }
+  answered.tag = [alertView tag];
+  delegate_(answered, static_cast<std::intptr_t>(buttonIndex));
+  [self release];
+}
+@end
+
+namespace hushwall::darwin {
+
+void AlertViewAlerts::show(const host::AlertView& alert, Delegate delegate) {
+  HWAlertDelegate* answer = [[HWAlertDelegate alloc] initWithDelegate:std::move(delegate)];
+  const auto& others = alert.otherButtonTitles;
+  UIAlertView* view =
+      [[UIAlertView alloc] initWithTitle:stringOf(alert.title)
+                                 message:stringOf(alert.message)
+                                delegate:answer
+                       cancelButtonTitle:stringOf(alert.cancelButtonTitle)
+                       otherButtonTitles:(others.empty() ? nil : stringOf(others.front())), nil];
+  for (std::size_t i = 1; i < others.size(); ++i) [view addButtonWithTitle:stringOf(others[i])];
+  [view setTag:static_cast<NSInteger>(alert.tag)];
+  [view show];
+  [view release];
+}
+
+}  // namespace hushwall::darwin

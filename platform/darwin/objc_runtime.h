@@ -1,0 +1,27 @@
+// The host runtime over the Objective-C runtime: classes by objc_getClass,
+// meta-classes by object_getClass, replacements by Substrate's
+// MSHookMessageEx, additions by class_addMethod, and messages by the
+// method's implementation called with its own types (method_shapes.h) or by
+// NSInvocation, typed by the receiver's own method signature.
+#ifndef HUSHWALL_PLATFORM_DARWIN_OBJC_RUNTIME_H_
+#define HUSHWALL_PLATFORM_DARWIN_OBJC_RUNTIME_H_
+
+#include "host/runtime.h"
+
+namespace hushwall::darwin {
+
+class ObjcRuntime : public host::Runtime {
+ public:
+  host::Value getClass(const std::string& name) override;
+  host::Value getMetaClass(const host::Value& cls) override;
+  void hookMessage(const host::Value& cls, const host::Selector& selector, host::IMP replacement,
+                   host::IMP* slot) override;
+  bool addMethod(const host::Value& cls, const host::Selector& selector, host::IMP imp,
+                 const char* types) override;
+  host::Value send(const host::Value& receiver, const host::Selector& selector,
+                   const host::Args& args) override;
+};
+
+}  // namespace hushwall::darwin
+
+#endif  // HUSHWALL_PLATFORM_DARWIN_OBJC_RUNTIME_H_
