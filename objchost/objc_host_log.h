@@ -4,7 +4,7 @@
 #ifndef HUSHWALL_OBJCHOST_OBJC_HOST_LOG_H_
 #define HUSHWALL_OBJCHOST_OBJC_HOST_LOG_H_
 
-#include <map>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -30,9 +30,15 @@ struct ObjcHostLog {
   int backgrounded = 0;
   int terminated = 0;
 
-  // SpringBoard.
-  std::map<std::string, int> shown;  // "banner", "lockscreen", "notificationCenter"
-  std::vector<std::string> feeds;    // the feed each controller was handed
+  // SpringBoard: each bulletin a controller was handed, with the very
+  // objects and the feed it received.
+  struct Shown {
+    std::string where;  // "banner", "lockscreen", "notificationCenter"
+    const void* observer;
+    const void* bulletin;
+    std::uint32_t feed;
+  };
+  std::vector<Shown> shown;
 };
 
 ObjcHostLog& objcHostLog();

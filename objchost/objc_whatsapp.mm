@@ -16,10 +16,6 @@
 namespace hushwall::objchost {
 namespace {
 
-const std::vector<std::string> kPosted = {"com.Corvanta.HushwallSettings.addStatusBarIcon",
-                                          "com.Corvanta.HushwallSettings.contactsChanged",
-                                          "com.Corvanta.HushwallSettings.newMessagedAdded"};
-
 NSString* ns(const OptString& utf8) {
   return utf8 ? [NSString stringWithUTF8String:utf8->c_str()] : nil;
 }
@@ -108,7 +104,7 @@ class ObjcWhatsApp : public WhatsAppDriver {
     int vibrations = 0;
     for (std::uint32_t sound : gnustep::playedSystemSounds()) vibrations += sound == 4095;
     log.push_back("vibrations " + std::to_string(vibrations));
-    for (const std::string& name : kPosted) {
+    for (const std::string& name : kPostedNames) {
       log.push_back("posted " + name + " " + std::to_string(posted_.count(name)));
     }
   }
@@ -141,7 +137,7 @@ Log runObjcWhatsApp(const testing::TestDevice& device, const WhatsAppScript& scr
     // The app's identity is its bundle's, as on the phone.
     ASSERT_TRUE([[[NSBundle mainBundle] bundleIdentifier] isEqual:@"net.whatsapp.WhatsApp"]);
     gnustep::bootDevice(device.root());
-    DarwinCounter posted(kPosted);
+    DarwinCounter posted(kPostedNames);
     injectTweak();
     ObjcWhatsApp driver(posted);
     script(driver);

@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/value.h"
@@ -62,19 +63,29 @@ class WhatsAppDriver {
   std::vector<std::string> log;
 };
 
-// What a script can make SpringBoard do.
+// The feed SpringBoard hands with every bulletin: above 2^31, so that an
+// argument passed with the wrong width or sign arrives as another number.
+inline constexpr std::uint32_t kFeed = 0xFEEDFACEu;
+
+using Flags = std::vector<std::pair<std::string, bool>>;
+
+// What a script can make SpringBoard do. Every step logs what SpringBoard's
+// own code received in consequence and the messenger's badge after it.
 class SpringBoardDriver {
  public:
   virtual ~SpringBoardDriver() = default;
   // A bulletin handed to the banner, the lock screen and the notification
-  // centre, in that order, with feed 2.
+  // centre, in that order, each with a new observer object and kFeed.
   virtual void deliver(const OptString& sectionID, const host::Value& context,
                        const OptString& message) = 0;
   // The messenger sets its own badge.
   virtual void messengerSetsBadge(const host::Value& badge) = 0;
-  // A notification posted by a process outside the library.
+  // A notification posted by a process outside the library; returns once
+  // the process has handled it.
   virtual void postFromOutside(const std::string& name) = 0;
-  // Logs vibrations, status-bar requests and the messenger's badge.
+  // The settings bundle rewrites the settings file and announces it.
+  virtual void changeSettings(const Flags& flags) = 0;
+  // Logs vibrations, status-bar requests and the notifications posted.
   virtual void settle() = 0;
 
   std::vector<std::string> log;

@@ -15,10 +15,6 @@ namespace {
 using host::Value;
 using simhost::hostLog;
 
-constexpr const char* kPosted[] = {"com.Corvanta.HushwallSettings.addStatusBarIcon",
-                                   "com.Corvanta.HushwallSettings.contactsChanged",
-                                   "com.Corvanta.HushwallSettings.newMessagedAdded"};
-
 class SimWhatsApp : public WhatsAppDriver {
  public:
   SimWhatsApp(simhost::SimulatedApp& app, testing::NotificationCounter& posted)
@@ -75,8 +71,8 @@ class SimWhatsApp : public WhatsAppDriver {
   void settle() override {
     posted_.settle();
     log.push_back("vibrations " + std::to_string(app_.device().systemSounds().vibrations()));
-    for (const char* name : kPosted) {
-      log.push_back(std::string("posted ") + name + " " + std::to_string(posted_.count(name)));
+    for (const std::string& name : kPostedNames) {
+      log.push_back("posted " + name + " " + std::to_string(posted_.count(name)));
     }
   }
 
@@ -107,7 +103,7 @@ Log runSimulatedWhatsApp(const testing::TestDevice& device, const WhatsAppScript
   testing::runInChildProcess([&] {
     simhost::SimulatedApp app(device.root(), host::T("net.whatsapp.WhatsApp"),
                               simhost::AppClasses::kWhatsApp);
-    testing::NotificationCounter posted(app, {kPosted[0], kPosted[1], kPosted[2]});
+    testing::NotificationCounter posted(app, kPostedNames);
     app.loadLibrary(HUSHWALL_LIBRARY_PATH);
     SimWhatsApp driver(app, posted);
     script(driver);

@@ -16,15 +16,16 @@
 @property(nonatomic, retain) NSString* message;
 @end
 
-// The three controllers SpringBoard hands every new bulletin to.
+// The three controllers SpringBoard hands every new bulletin to. The feed
+// is an unsigned 32-bit integer, as in SpringBoard ("v@:@@I").
 @interface SBBulletinBannerController : NSObject
-- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(NSUInteger)feed;
+- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed;
 @end
 @interface SBLockScreenNotificationListController : NSObject
-- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(NSUInteger)feed;
+- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed;
 @end
 @interface SBBulletinObserverViewController : NSObject
-- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(NSUInteger)feed;
+- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed;
 @end
 
 @interface SBApplication : NSObject {
@@ -43,6 +44,16 @@
 - (NSArray*)applicationsWithBundleIdentifier:(NSString*)bundleIdentifier;
 // Installs an application: the controller knows it from then on.
 - (void)addApplication:(SBApplication*)application;
+@end
+
+// A text whose class answers as NSString itself. The concrete strings of
+// GNUstep, like those of the phone's Foundation, are of private subclasses;
+// a badge of the base class is treated apart by the badge rule, so the
+// tests need one.
+@interface HWBaseClassText : NSString {
+  NSString* _characters;
+}
++ (id)textWithString:(NSString*)string;
 @end
 
 #endif  // HUSHWALL_OBJCHOST_SPRINGBOARD_CLASSES_H_

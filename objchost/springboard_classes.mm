@@ -6,10 +6,8 @@
 
 namespace {
 
-void show(const char* where, NSUInteger feed) {
-  auto& log = hushwall::objchost::objcHostLog();
-  ++log.shown[where];
-  log.feeds.push_back(std::string(where) + " " + std::to_string(feed));
+void show(const char* where, id observer, BBBulletin* bulletin, unsigned feed) {
+  hushwall::objchost::objcHostLog().shown.push_back({where, observer, bulletin, feed});
 }
 
 }  // namespace
@@ -19,20 +17,20 @@ void show(const char* where, NSUInteger feed) {
 @end
 
 @implementation SBBulletinBannerController
-- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(NSUInteger)feed {
-  show("banner", feed);
+- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed {
+  show("banner", observer, bulletin, feed);
 }
 @end
 
 @implementation SBLockScreenNotificationListController
-- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(NSUInteger)feed {
-  show("lockscreen", feed);
+- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed {
+  show("lockscreen", observer, bulletin, feed);
 }
 @end
 
 @implementation SBBulletinObserverViewController
-- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(NSUInteger)feed {
-  show("notificationCenter", feed);
+- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed {
+  show("notificationCenter", observer, bulletin, feed);
 }
 @end
 
@@ -64,5 +62,26 @@ void show(const char* where, NSUInteger feed) {
 - (void)addApplication:(SBApplication*)application {
   if (_applications == nil) _applications = [[NSMutableArray alloc] init];
   [_applications addObject:application];
+}
+@end
+
+@implementation HWBaseClassText
++ (id)textWithString:(NSString*)string {
+  HWBaseClassText* text = [[[HWBaseClassText alloc] init] autorelease];
+  text->_characters = [string copy];
+  return text;
+}
+- (void)dealloc {
+  [_characters release];
+  [super dealloc];
+}
+- (Class)class {
+  return [NSString class];
+}
+- (NSUInteger)length {
+  return [_characters length];
+}
+- (unichar)characterAtIndex:(NSUInteger)index {
+  return [_characters characterAtIndex:index];
 }
 @end

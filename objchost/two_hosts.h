@@ -15,6 +15,13 @@ namespace hushwall::objchost {
 
 using Log = std::vector<std::string>;
 
+// The notifications each host counts and logs after every step, in this
+// order: what the library posts that another process would react to.
+inline const std::vector<std::string> kPostedNames = {
+    "com.Corvanta.HushwallSettings.addStatusBarIcon",
+    "com.Corvanta.HushwallSettings.contactsChanged",
+    "com.Corvanta.HushwallSettings.newMessagedAdded"};
+
 // The simulated app with libHushwall.so.
 Log runSimulatedWhatsApp(const testing::TestDevice& device, const WhatsAppScript& script);
 Log runSimulatedSpringBoard(const testing::TestDevice& device, const host::Value& messengerBadge,

@@ -53,6 +53,15 @@ struct Bridge<long> {
 };
 
 template <>
+struct Bridge<unsigned int> {
+  static Value in(unsigned int number) { return Value::integer(number); }
+  static unsigned int out(const Value& value) {
+    return static_cast<unsigned int>(static_cast<long long>(value.doubleValue()));
+  }
+  static id received(unsigned int) { return nil; }
+};
+
+template <>
 struct Bridge<unsigned long> {
   static Value in(unsigned long number) { return Value::integer(static_cast<std::int64_t>(number)); }
   static unsigned long out(const Value& value) {
@@ -96,7 +105,8 @@ struct ShapeOf {
 
 // Every shape the hook table needs: the table's added methods ("v@:",
 // "@@:@", "v@:@"), the one-object methods it replaces, and the bulletin
-// method observer:addBulletin:forFeed: whose feed is an unsigned integer.
+// method observer:addBulletin:forFeed: whose feed is an unsigned 32-bit
+// integer (unsigned long where a build declares it so).
 const Shape kShapes[] = {
     ShapeOf<void>::shape("v@:"),
     ShapeOf<id>::shape("@@:"),
@@ -105,6 +115,7 @@ const Shape kShapes[] = {
     ShapeOf<void, id, long>::shape("v@:@q"),
     ShapeOf<void, id, id>::shape("v@:@@"),
     ShapeOf<void, id, id, id>::shape("v@:@@@"),
+    ShapeOf<void, id, id, unsigned int>::shape("v@:@@I"),
     ShapeOf<void, id, id, unsigned long>::shape("v@:@@Q"),
     ShapeOf<void, id, id, long>::shape("v@:@@q"),
 };

@@ -1,0 +1,284 @@
+// The phone's package as Theos would lay it out, checked without Theos or
+// an iOS SDK: property lists, the Substrate filter, the control file, the
+// settings switches against the library's own defaults, the template
+// database against the simulator's, and the tweak's sources against what
+// the Linux build of the adapter links.
+#include <plist/plist.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "startup/settings.h"
+
+namespace hushwall {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kDevice = HUSHWALL_DEVICE_DIR;
+
+std::string readFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream out;
+  out << in.rdbuf();
+  return out.str();
+}
+
+struct PlistDeleter {
+  void operator()(plist_t node) const { plist_free(node); }
+};
+using Plist = std::unique_ptr<void, PlistDeleter>;
+
+Plist parse(const fs::path& path) {
+  const std::string bytes = readFile(path);
+  plist_t root = nullptr;
+  if (!bytes.empty()) plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
+  return Plist(root);
+}
+
+plist_t child(plist_t dict, const char* key) {
+  if (dict == nullptr || plist_get_node_type(dict) != PLIST_DICT) return nullptr;
+  return plist_dict_get_item(dict, key);
+}
+
+std::string stringOf(plist_t node) {
+  if (node == nullptr || plist_get_node_type(node) != PLIST_STRING) return "(not a string)";
+  char* value = nullptr;
+  plist_get_string_val(node, &value);
+  std::string text = value != nullptr ? value : "";
+  std::free(value);
+  return text;
+}
+
+std::set<std::string> keysOf(plist_t dict) {
+  std::set<std::string> keys;
+  plist_dict_iter it = nullptr;
+  plist_dict_new_iter(dict, &it);
+  for (;;) {
+    char* key = nullptr;
+    plist_t value = nullptr;
+    plist_dict_next_item(dict, it, &key, &value);
+    if (key == nullptr) break;
+    keys.insert(key);
+    std::free(key);
+  }
+  std::free(it);
+  return keys;
+}
+
+// A temporary folder, removed with everything in it.
+struct TempDir {
+  TempDir() {
+    std::string pattern = (fs::temp_directory_path() / "hushwall-package-XXXXXX").string();
+    path = ::mkdtemp(pattern.data());
+  }
+  ~TempDir() { fs::remove_all(path); }
+  fs::path path;
+};
+
+// Runs a shell command; its standard output, or a failure.
+std::string run(const std::string& command) {
+  std::string output;
+  FILE* pipe = ::popen(command.c_str(), "r");
+  if (pipe == nullptr) {
+    ADD_FAILURE() << "cannot run " << command;
+    return output;
+  }
+  char buffer[4096];
+  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+    output.append(buffer, n);
+  EXPECT_EQ(::pclose(pipe), 0) << command;
+  return output;
+}
+
+TEST(PackageLayout, EveryPropertyListParses) {
+  std::vector<fs::path> plists;
+  for (const auto& entry : fs::recursive_directory_iterator(kDevice)) {
+    if (entry.path().extension() == ".plist") plists.push_back(entry.path());
+  }
+  // The filter, the bundle's Info.plist and Root.plist, the PreferenceLoader entry.
+  EXPECT_EQ(plists.size(), 4u);
+  for (const fs::path& path : plists) {
+    Plist root = parse(path);
+    ASSERT_NE(root, nullptr) << path;
+    EXPECT_EQ(plist_get_node_type(root.get()), PLIST_DICT) << path;
+  }
+}
+
+TEST(PackageLayout, FilterNamesExactlyTheMessengerAndSpringBoard) {
+  Plist filter = parse(kDevice / "Hushwall.plist");
+  ASSERT_NE(filter, nullptr);
+  EXPECT_EQ(keysOf(filter.get()), std::set<std::string>{"Filter"});
+  plist_t inner = child(filter.get(), "Filter");
+  // Any other key (Executables, Classes, Mode) would change whom it loads into.
+  EXPECT_EQ(keysOf(inner), std::set<std::string>{"Bundles"});
+  plist_t bundles = child(inner, "Bundles");
+  ASSERT_NE(bundles, nullptr);
+  ASSERT_EQ(plist_get_node_type(bundles), PLIST_ARRAY);
+  std::multiset<std::string> names;
+  for (uint32_t i = 0; i < plist_array_get_size(bundles); ++i) {
+    names.insert(stringOf(plist_array_get_item(bundles, i)));
+  }
+  EXPECT_EQ(names, (std::multiset<std::string>{"com.apple.springboard", "net.whatsapp.WhatsApp"}));
+}
+
+TEST(PackageLayout, ControlFileIsAValidDebianStanza) {
+  const std::string text = readFile(kDevice / "control");
+  ASSERT_FALSE(text.empty());
+  EXPECT_EQ(text.back(), '\n');
+  std::map<std::string, std::string> fields;
+  std::istringstream lines(text);
+  const std::regex field(R"(([A-Za-z][A-Za-z0-9-]*): (\S.*))");
+  for (std::string line; std::getline(lines, line);) {
+    std::smatch m;
+    // One field per line: no continuation lines, no blank lines, no CR.
+    ASSERT_TRUE(std::regex_match(line, m, field)) << "not a field line: '" << line << "'";
+    EXPECT_TRUE(fields.emplace(m[1], m[2]).second) << "field given twice: " << m[1];
+  }
+  for (const char* required : {"Package", "Name", "Version", "Architecture", "Description",
+                               "Maintainer", "Author", "Section", "Depends"}) {
+    EXPECT_EQ(fields.count(required), 1u) << required;
+  }
+  EXPECT_TRUE(std::regex_match(fields["Package"], std::regex(R"([a-z0-9][a-z0-9+.-]+)")))
+      << fields["Package"];
+  EXPECT_TRUE(std::regex_match(fields["Version"],
+                               std::regex(R"(([0-9]+:)?[0-9][A-Za-z0-9.+~]*(-[A-Za-z0-9.+~]+)?)")))
+      << fields["Version"];
+  EXPECT_EQ(fields["Architecture"], "iphoneos-arm");
+  EXPECT_EQ(fields["Section"], "Tweaks");
+  std::set<std::string> depends;
+  std::istringstream list(fields["Depends"]);
+  for (std::string item; std::getline(list, item, ',');) {
+    std::istringstream words(item);
+    std::string name;
+    words >> name;
+    depends.insert(name);
+  }
+  EXPECT_EQ(depends.count("mobilesubstrate"), 1u);
+  EXPECT_EQ(depends.count("preferenceloader"), 1u);
+}
+
+TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {
+  // What the library assumes for a key missing from the settings file is
+  // what the switch must show before the user touches it.
+  const std::map<std::string, bool> libraryDefaults = {
+      {"Enabled", settings_Enabled},
+      {"SaveHistory", settings_SaveHistory},
+      {"ShowStatusbarIcon", settings_ShowStatusBarIcon},
+      {"Vibrate", settings_Vibrate},
+      {"ContactsOnly", settings_ContactsOnly},
+      {"DeleteMessages", settings_DeleteMessages},
+      {"ActionButton", settings_ActionButton}};
+  Plist root = parse(kDevice / "HushwallSettings/Resources/Root.plist");
+  ASSERT_NE(root, nullptr);
+  plist_t items = child(root.get(), "items");
+  ASSERT_NE(items, nullptr);
+  ASSERT_EQ(plist_get_node_type(items), PLIST_ARRAY);
+  std::map<std::string, bool> switches;
+  for (uint32_t i = 0; i < plist_array_get_size(items); ++i) {
+    plist_t item = plist_array_get_item(items, i);
+    if (stringOf(child(item, "cell")) != "PSSwitchCell") continue;
+    const std::string key = stringOf(child(item, "key"));
+    SCOPED_TRACE(key);
+    EXPECT_EQ(stringOf(child(item, "defaults")), "com.Corvanta.HushwallSettings");
+    EXPECT_EQ(stringOf(child(item, "PostNotification")),
+              "com.Corvanta.HushwallSettings.settingsChanged");
+    plist_t fallback = child(item, "default");
+    ASSERT_NE(fallback, nullptr);
+    ASSERT_EQ(plist_get_node_type(fallback), PLIST_BOOLEAN);
+    uint8_t value = 0;
+    plist_get_bool_val(fallback, &value);
+    EXPECT_TRUE(switches.emplace(key, value != 0).second) << "two switches for one key";
+  }
+  EXPECT_EQ(switches, libraryDefaults);
+}
+
+TEST(PackageLayout, SettingsBundleIsFoundByPreferenceLoader) {
+  Plist info = parse(kDevice / "HushwallSettings/Resources/Info.plist");
+  Plist entry =
+      parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
+  ASSERT_NE(info, nullptr);
+  ASSERT_NE(entry, nullptr);
+  plist_t cell = child(entry.get(), "entry");
+  EXPECT_EQ(stringOf(child(info.get(), "CFBundleIdentifier")), "com.Corvanta.HushwallSettings");
+  EXPECT_EQ(stringOf(child(info.get(), "CFBundleExecutable")), "HushwallSettings");
+  EXPECT_EQ(stringOf(child(cell, "bundle")), "HushwallSettings");
+  // The principal class is the one the bundle's source defines.
+  const std::string principal = stringOf(child(info.get(), "NSPrincipalClass"));
+  EXPECT_EQ(stringOf(child(cell, "detail")), principal);
+  const std::string source =
+      readFile(kDevice / "HushwallSettings/HushwallSettingsListController.m");
+  EXPECT_NE(source.find("@implementation " + principal + "\n"), std::string::npos) << principal;
+}
+
+std::string schemaOf(const fs::path& database) {
+  sqlite3* db = nullptr;
+  std::string schema;
+  if (sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(db,
+                       "SELECT type, name, tbl_name, sql FROM sqlite_master ORDER BY type, name",
+                       -1, &statement, nullptr);
+    while (statement != nullptr && sqlite3_step(statement) == SQLITE_ROW) {
+      for (int c = 0; c < 4; ++c) {
+        const unsigned char* text = sqlite3_column_text(statement, c);
+        schema += text != nullptr ? reinterpret_cast<const char*>(text) : "NULL";
+        schema += c < 3 ? "|" : "\n";
+      }
+    }
+    sqlite3_finalize(statement);
+  }
+  sqlite3_close(db);
+  return schema;
+}
+
+TEST(PackageLayout, TemplateDatabaseHasTheSimulatorsSchema) {
+  TempDir temp;
+  const fs::path made = temp.path / "bundle" / "HSWL.db";
+  // The very rule the settings bundle's Makefile stages the template with.
+  run(std::string(HUSHWALL_MAKE) + " -s -f '" +
+      (kDevice / "HushwallSettings/template_db.mk").string() + "' '" + made.string() + "'");
+  ASSERT_TRUE(fs::exists(made));
+  const std::string schema = schemaOf(made);
+  EXPECT_NE(schema.find("table|Blacklist|Blacklist|"), std::string::npos) << schema;
+  EXPECT_NE(schema.find("table|History|History|"), std::string::npos) << schema;
+  EXPECT_EQ(schema, schemaOf(HUSHWALL_TEMPLATE_DB));
+}
+
+TEST(PackageLayout, TweakIsBuiltFromTheLogicAndTheAdapterOnly) {
+  // Theos itself is replaced by three makefiles that only print the list.
+  TempDir theos;
+  fs::create_directories(theos.path / "makefiles");
+  std::ofstream(theos.path / "makefiles/common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
+  std::ofstream(theos.path / "makefiles/tweak.mk")
+      << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
+  std::ofstream(theos.path / "makefiles/aggregate.mk") << "\n";
+  std::istringstream listed(run(std::string(HUSHWALL_MAKE) + " -s -C '" + kDevice.string() +
+                                "' THEOS='" + theos.path.string() + "' hushwall-files"));
+  std::multiset<std::string> files;
+  for (std::string line; std::getline(listed, line);) {
+    if (!line.empty()) files.insert(fs::weakly_canonical(line).string());
+  }
+  std::multiset<std::string> expected;
+  std::istringstream sources(HUSHWALL_PHONE_SOURCES);
+  for (std::string source; std::getline(sources, source, '|');) {
+    expected.insert(fs::weakly_canonical(source).string());
+  }
+  EXPECT_EQ(files, expected);
+}
+
+}  // namespace
+}  // namespace hushwall
