@@ -2,11 +2,9 @@
 // messenger's own message database are deleted before the app handles its
 // move to the background or its end.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <filesystem>
 #include <set>
-#include <stdexcept>
 
 #include "messenger/whatsapp_test_process.h"
 #include "simhost/host_log.h"
@@ -20,24 +18,6 @@ using Chats = std::set<std::string>;
 
 constexpr char kChatStorage[] =
     "/var/mobile/Applications/net.whatsapp.WhatsApp/Documents/ChatStorage.sqlite";
-
-// The messenger's message database with one row per (to, from) pair.
-using MessageRows = std::vector<std::pair<const char*, const char*>>;  // to, from (null: NULL)
-
-void writeChatStorage(const TestDevice& device, const MessageRows& rows) {
-  std::string path = device.native(kChatStorage);
-  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-  sqlite3* db = nullptr;
-  sqlite3_open(path.c_str(), &db);
-  std::string sql = "CREATE TABLE ZWAMESSAGE (ZTOJID TEXT, ZFROMJID TEXT);";
-  for (const auto& [to, from] : rows) {
-    auto quoted = [](const char* s) { return s ? "'" + std::string(s) + "'" : "NULL"; };
-    sql += "INSERT INTO ZWAMESSAGE VALUES (" + quoted(to) + ", " + quoted(from) + ");";
-  }
-  int result = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr);
-  sqlite3_close(db);
-  if (result != SQLITE_OK) throw std::runtime_error("cannot write " + path);
-}
 
 // The chats the app still held when its own background handler ran.
 Chats chatsSeenByApp;
@@ -64,7 +44,7 @@ class ChatPurgeTest : public ::testing::Test {
 TEST_F(ChatPurgeTest, SwitchedOffNothingIsDeleted) {
   device.addToBlacklist("612345678");
   device.writeFlags({{"DeleteMessages", false}});
-  writeChatStorage(device, {{"34612345678@s.whatsapp.net", ""}});
+  device.writeChatStorage({{"34612345678@s.whatsapp.net", ""}});
   inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter&) {
     hostLog().chats = {"34612345678@s.whatsapp.net"};
     Value delegate = app.make("WhatsAppAppDelegate");
@@ -93,11 +73,11 @@ TEST_F(ChatPurgeTest, EveryChatOfABlacklistedNumberGoesOnceBeforeTheAppHandlesTh
     EXPECT_EQ(hostLog().chats.size(), 4u);
     EXPECT_FALSE(std::filesystem::exists(device.native(kChatStorage)));
 
-    writeChatStorage(device, {{"34612345678@s.whatsapp.net", ""},
-                              {"34612345678@s.whatsapp.net", ""},
-                              {"", "34612345678@s.whatsapp.net"},
-                              {"34700000000@s.whatsapp.net", "34612399999@s.whatsapp.net"},
-                              {"34800000000@s.whatsapp.net", nullptr}});
+    device.writeChatStorage({{"34612345678@s.whatsapp.net", ""},
+                             {"34612345678@s.whatsapp.net", ""},
+                             {"", "34612345678@s.whatsapp.net"},
+                             {"34700000000@s.whatsapp.net", "34612399999@s.whatsapp.net"},
+                             {"34800000000@s.whatsapp.net", std::nullopt}});
     background(app, delegate);
     EXPECT_EQ(hostLog().chats, others);
     EXPECT_EQ(chatsSeenByApp, others);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,6 +30,8 @@ struct ObjcHostLog {
   std::vector<std::pair<OptString, std::vector<SheetButton>>> sheets;  // title, buttons
   int backgrounded = 0;
   int terminated = 0;
+  std::set<std::string> chats;  // JIDs of the chats the messenger holds
+  int refreshes = 0;
 
   // SpringBoard: each bulletin a controller was handed, with the very
   // objects and the feed it received.

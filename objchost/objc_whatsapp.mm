@@ -43,6 +43,7 @@ class ObjcWhatsApp : public WhatsAppDriver {
   explicit ObjcWhatsApp(DarwinCounter& posted) : posted_(posted) {
     connection_ = [[XMPPConnection alloc] init];
     chatList_ = [[ChatListViewController alloc] init];
+    delegate_ = [[WhatsAppAppDelegate alloc] init];
   }
 
   void deliver(const std::vector<StanzaInput>& batch) override {
@@ -99,6 +100,20 @@ class ObjcWhatsApp : public WhatsAppDriver {
 
   void answerAlert(int index) override { gnustep::tapAlertButton(index); }
 
+  void holdChats(const std::vector<std::string>& jids) override {
+    objcHostLog().chats.insert(jids.begin(), jids.end());
+  }
+
+  void background() override {
+    [delegate_ applicationDidEnterBackground:nil];
+    WhatsAppLogCursor::logChats(objcHostLog(), log);
+  }
+
+  void terminate() override {
+    [delegate_ applicationWillTerminate:nil];
+    WhatsAppLogCursor::logChats(objcHostLog(), log);
+  }
+
   void settle() override {
     EXPECT_TRUE(posted_.settle());
     int vibrations = 0;
@@ -110,24 +125,13 @@ class ObjcWhatsApp : public WhatsAppDriver {
   }
 
  private:
-  void logNew() {
-    const ObjcHostLog& h = objcHostLog();
-    for (; delivered_ < h.delivered.size(); ++delivered_) {
-      log.push_back("delivered " + joined(h.delivered[delivered_]));
-    }
-    for (; receipts_ < h.receipts.size(); ++receipts_) {
-      log.push_back("receipts " + joined(h.receipts[receipts_]));
-    }
-    for (; sent_ < h.sent.size(); ++sent_) log.push_back("sent " + h.sent[sent_]);
-    for (; opened_ < h.optionsOpened.size(); ++opened_) {
-      log.push_back("options opened " + h.optionsOpened[opened_].value_or("(nil)"));
-    }
-  }
+  void logNew() { cursor_.logNew(objcHostLog(), log); }
 
   DarwinCounter& posted_;
   XMPPConnection* connection_;
   ChatListViewController* chatList_;
-  std::size_t delivered_ = 0, receipts_ = 0, sent_ = 0, opened_ = 0;
+  WhatsAppAppDelegate* delegate_;
+  WhatsAppLogCursor cursor_;
 };
 
 }  // namespace

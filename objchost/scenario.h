@@ -6,6 +6,7 @@
 #ifndef HUSHWALL_OBJCHOST_SCENARIO_H_
 #define HUSHWALL_OBJCHOST_SCENARIO_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -56,6 +57,12 @@ class WhatsAppDriver {
   // The user taps a button of the last sheet, then a button of the alert.
   virtual void tapSheetButton(const std::string& title) = 0;
   virtual void answerAlert(int index) = 0;
+  // The messenger holds a chat with each of these JIDs.
+  virtual void holdChats(const std::vector<std::string>& jids) = 0;
+  // The app delegate hears that the app went to the background, or that
+  // it is ending; logs what reached the delegate and the chats left.
+  virtual void background() = 0;
+  virtual void terminate() = 0;
   // Runs the main loop until the app's own notifications have come back,
   // and logs the vibrations and the notifications seen so far.
   virtual void settle() = 0;
@@ -91,12 +98,45 @@ class SpringBoardDriver {
   std::vector<std::string> log;
 };
 
+// Where a WhatsApp driver's log has got to in its host's record of what
+// the messenger's own code received. Both hosts' records (the simulated
+// app's and this app's) have members of the same names.
+struct WhatsAppLogCursor {
+  std::size_t delivered = 0, receipts = 0, sent = 0, opened = 0;
+
+  template <typename HostLog>
+  void logNew(const HostLog& h, std::vector<std::string>& log);
+  template <typename HostLog>
+  static void logChats(const HostLog& h, std::vector<std::string>& log);
+};
+
 using WhatsAppScript = std::function<void(WhatsAppDriver&)>;
 using SpringBoardScript = std::function<void(SpringBoardDriver&)>;
 
 // A value as the logs write it: its kind and content.
 std::string describe(const host::Value& value);
 std::string joined(const std::vector<std::string>& items);
+
+template <typename HostLog>
+void WhatsAppLogCursor::logNew(const HostLog& h, std::vector<std::string>& log) {
+  for (; delivered < h.delivered.size(); ++delivered) {
+    log.push_back("delivered " + joined(h.delivered[delivered]));
+  }
+  for (; receipts < h.receipts.size(); ++receipts) {
+    log.push_back("receipts " + joined(h.receipts[receipts]));
+  }
+  for (; sent < h.sent.size(); ++sent) log.push_back("sent " + h.sent[sent]);
+  for (; opened < h.optionsOpened.size(); ++opened) {
+    log.push_back("options opened " + h.optionsOpened[opened].value_or("(nil)"));
+  }
+}
+
+template <typename HostLog>
+void WhatsAppLogCursor::logChats(const HostLog& h, std::vector<std::string>& log) {
+  log.push_back("chats " + joined(std::vector<std::string>(h.chats.begin(), h.chats.end())) + " refreshes " +
+                std::to_string(h.refreshes) + " backgrounded " + std::to_string(h.backgrounded) +
+                " terminated " + std::to_string(h.terminated));
+}
 
 }  // namespace hushwall::objchost
 

@@ -21,6 +21,7 @@ class SimWhatsApp : public WhatsAppDriver {
       : app_(app), posted_(posted) {
     connection_ = app.make("XMPPConnection");
     chatList_ = app.make("ChatListViewController");
+    delegate_ = app.make("WhatsAppAppDelegate");
   }
 
   void deliver(const std::vector<StanzaInput>& batch) override {
@@ -68,6 +69,20 @@ class SimWhatsApp : public WhatsAppDriver {
 
   void answerAlert(int index) override { app_.device().alerts().answer(index); }
 
+  void holdChats(const std::vector<std::string>& jids) override {
+    hostLog().chats.insert(jids.begin(), jids.end());
+  }
+
+  void background() override {
+    app_.send(delegate_, "applicationDidEnterBackground:", {Value()});
+    WhatsAppLogCursor::logChats(hostLog(), log);
+  }
+
+  void terminate() override {
+    app_.send(delegate_, "applicationWillTerminate:", {Value()});
+    WhatsAppLogCursor::logChats(hostLog(), log);
+  }
+
   void settle() override {
     posted_.settle();
     log.push_back("vibrations " + std::to_string(app_.device().systemSounds().vibrations()));
@@ -77,24 +92,12 @@ class SimWhatsApp : public WhatsAppDriver {
   }
 
  private:
-  void logNew() {
-    const simhost::HostLog& h = hostLog();
-    for (; delivered_ < h.delivered.size(); ++delivered_) {
-      log.push_back("delivered " + joined(h.delivered[delivered_]));
-    }
-    for (; receipts_ < h.receipts.size(); ++receipts_) {
-      log.push_back("receipts " + joined(h.receipts[receipts_]));
-    }
-    for (; sent_ < h.sent.size(); ++sent_) log.push_back("sent " + h.sent[sent_]);
-    for (; opened_ < h.optionsOpened.size(); ++opened_) {
-      log.push_back("options opened " + h.optionsOpened[opened_].value_or("(nil)"));
-    }
-  }
+  void logNew() { cursor_.logNew(hostLog(), log); }
 
   simhost::SimulatedApp& app_;
   testing::NotificationCounter& posted_;
-  Value connection_, chatList_;
-  std::size_t delivered_ = 0, receipts_ = 0, sent_ = 0, opened_ = 0;
+  Value connection_, chatList_, delegate_;
+  WhatsAppLogCursor cursor_;
 };
 
 }  // namespace

@@ -79,4 +79,25 @@
 - (void)applicationWillTerminate:(id)application;
 @end
 
+// The chats the messenger holds are the JIDs in objcHostLog().chats.
+@interface WAChatSession : NSObject {
+  NSString* jid;
+}
+@property(nonatomic, retain) NSString* jid;
+@end
+
+@interface WAChatStorage : NSObject
+- (WAChatSession*)existingChatSessionForJID:(NSString*)jid;
+- (WAChatSession*)chatSessionForJID:(NSString*)jid;
+- (void)deleteChatSession:(WAChatSession*)session;
+@end
+
+@interface ChatManager : NSObject {
+  WAChatStorage* storage;
+}
++ (ChatManager*)sharedManager;
+- (WAChatStorage*)storage;
+- (void)refreshChats;
+@end
+
 #endif  // HUSHWALL_OBJCHOST_WHATSAPP_CLASSES_H_

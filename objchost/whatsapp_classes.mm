@@ -79,3 +79,41 @@ std::vector<std::string> idsOf(NSArray* stanzas) {
   ++objcHostLog().terminated;
 }
 @end
+
+@implementation WAChatSession
+@synthesize jid;
+@end
+
+@implementation WAChatStorage
+- (WAChatSession*)existingChatSessionForJID:(NSString*)jid {
+  OptString key = utf8(jid);
+  if (!key || objcHostLog().chats.count(*key) == 0) return nil;
+  return [self chatSessionForJID:jid];
+}
+- (WAChatSession*)chatSessionForJID:(NSString*)jid {
+  WAChatSession* session = [[[WAChatSession alloc] init] autorelease];
+  [session setJid:jid];
+  return session;
+}
+- (void)deleteChatSession:(WAChatSession*)session {
+  if (OptString key = utf8([session jid])) objcHostLog().chats.erase(*key);
+}
+@end
+
+@implementation ChatManager
++ (ChatManager*)sharedManager {
+  static ChatManager* shared = nil;
+  if (shared == nil) shared = [[ChatManager alloc] init];
+  return shared;
+}
+- (id)init {
+  if ((self = [super init]) != nil) storage = [[WAChatStorage alloc] init];
+  return self;
+}
+- (WAChatStorage*)storage {
+  return storage;
+}
+- (void)refreshChats {
+  ++objcHostLog().refreshes;
+}
+@end

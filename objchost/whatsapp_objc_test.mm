@@ -209,5 +209,31 @@ TEST_F(TwoDevices, ContactsOnlyAsksTheAddressBookAlike) {
   EXPECT_TRUE(contains(log, "receipts [stranger]"));
 }
 
+TEST_F(TwoDevices, PurgeDeletesTheSameChatsThroughTheMessengersStorageAlike) {
+  const std::string group = "34612345678-1400000000@g.us";
+  const std::string quiet = "34600000000@s.whatsapp.net";  // a chat without messages
+  prepare([&](TestDevice& d) {
+    // The second entry finds the same chats as the first: each is deleted once.
+    d.addToBlacklist("612345678");
+    d.addToBlacklist("4612345678");
+    d.writeFlags({{"DeleteMessages", true}});
+    d.writeChatStorage({{kBlocked, std::nullopt},
+                        {kBlocked, std::nullopt},
+                        {std::nullopt, kBlocked},
+                        {group, kBlocked},  // the recipient column wins
+                        {kClean, std::nullopt},
+                        {std::nullopt, kClean}});
+  });
+  const Log log = runBoth([&](WhatsAppDriver& app) {
+    app.holdChats({kBlocked, kClean, group, quiet});
+    app.background();
+    app.holdChats({kBlocked});  // a new chat lives until the next purge
+    app.terminate();
+  });
+  const std::string left = "chats [" + std::string(quiet) + "," + kClean + "]";
+  EXPECT_TRUE(contains(log, left + " refreshes 2 backgrounded 1 terminated 0"));
+  EXPECT_TRUE(contains(log, left + " refreshes 3 backgrounded 1 terminated 1"));
+}
+
 }  // namespace
 }  // namespace hushwall::objchost

@@ -8,7 +8,9 @@
 #include <stdexcept>
 
 #include "platform/linux/dbus_notify_center.h"
+#include "platform/linux/device_bundles.h"
 #include "platform/linux/device_bus_address.h"
+#include "platform/linux/device_root_file_system.h"
 #include "platform/linux/plist_file.h"
 
 namespace hushwall::testing {
@@ -67,6 +69,36 @@ void TestDevice::addToBlacklist(const std::string& phoneNumber, const std::strin
   const int result = sqlite3_step(statement);
   sqlite3_finalize(statement);
   if (result != SQLITE_DONE) throw std::runtime_error("blacklist insert failed");
+}
+
+void TestDevice::writeChatStorage(
+    const std::vector<std::pair<std::optional<std::string>, std::optional<std::string>>>& rows)
+    const {
+  linux_platform::DeviceRootFileSystem files(root());
+  linux_platform::DeviceBundles whatsapp(files, host::T("net.whatsapp.WhatsApp"));
+  const std::string path =
+      native(host::toUtf8(*whatsapp.documentsDirectory()) + "/ChatStorage.sqlite");
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+  sqlite3* raw = nullptr;
+  const int opened = sqlite3_open(path.c_str(), &raw);
+  std::unique_ptr<sqlite3, int (*)(sqlite3*)> db(raw, sqlite3_close);
+  sqlite3_stmt* insert = nullptr;
+  if (opened != SQLITE_OK ||
+      sqlite3_exec(db.get(), "CREATE TABLE ZWAMESSAGE (Z_PK INTEGER PRIMARY KEY, ZTOJID TEXT, "
+                   "ZFROMJID TEXT)", nullptr, nullptr, nullptr) != SQLITE_OK ||
+      sqlite3_prepare_v2(db.get(), "INSERT INTO ZWAMESSAGE (ZTOJID, ZFROMJID) VALUES (?, ?)", -1,
+                         &insert, nullptr) != SQLITE_OK) {
+    throw std::runtime_error("cannot write " + path);
+  }
+  std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement(insert, sqlite3_finalize);
+  for (const auto& [to, from] : rows) {
+    if (to) sqlite3_bind_text(insert, 1, to->c_str(), -1, SQLITE_TRANSIENT);
+    else sqlite3_bind_null(insert, 1);
+    if (from) sqlite3_bind_text(insert, 2, from->c_str(), -1, SQLITE_TRANSIENT);
+    else sqlite3_bind_null(insert, 2);
+    if (sqlite3_step(insert) != SQLITE_DONE) throw std::runtime_error("cannot write " + path);
+    sqlite3_reset(insert);
+  }
 }
 
 std::vector<HistoryRow> TestDevice::history() const {

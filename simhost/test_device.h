@@ -80,6 +80,11 @@ class TestDevice {
   std::vector<BlacklistRow> blacklist() const;
   // The History table in id order; empty when there is no database.
   std::vector<HistoryRow> history() const;
+  // Writes WhatsApp's message database ("ChatStorage.sqlite" in its
+  // documents directory) with one ZWAMESSAGE row per (ZTOJID, ZFROMJID).
+  void writeChatStorage(
+      const std::vector<std::pair<std::optional<std::string>, std::optional<std::string>>>& rows)
+      const;
 
   // Posts a notification from a bus connection of its own, the way a
   // process outside the library would. Does not wait for anyone.

@@ -44,3 +44,8 @@ add_library(HushwallDevice SHARED ${DARWIN_SOURCES}
             ${CMAKE_SOURCE_DIR}/platform/darwin/load_time_initializer.cpp)
 target_link_libraries(HushwallDevice PRIVATE -Wl,--whole-archive hushwall_core
                       -Wl,--no-whole-archive hushwall_host hushwall_gnustep SQLite::SQLite3)
+
+# The phone's own variant of the device paths is linked into nothing here;
+# compiling it keeps it from rotting unseen until a Theos build.
+add_library(hushwall_ios_paths OBJECT ${CMAKE_SOURCE_DIR}/platform/darwin/ios/device_paths.mm)
+target_link_libraries(hushwall_ios_paths PRIVATE hushwall_objc_flags)

@@ -25,6 +25,7 @@ namespace hushwall::gnustep {
 void bootDevice(const std::string& deviceRoot);
 // The root the process was booted with; throws std::logic_error before.
 const std::string& deviceRoot();
+bool deviceBooted();
 
 // The carrier of the Darwin notify center in this process.
 linux_platform::DBusNotifyCenter& darwinNotifyCarrier();

@@ -39,6 +39,8 @@ const std::string& deviceRoot() {
   return bootedRoot();
 }
 
+bool deviceBooted() { return !bootedRoot().empty(); }
+
 linux_platform::DBusNotifyCenter& darwinNotifyCarrier() {
   if (!standInState().carrier) throw std::logic_error("the stand-in device is not booted");
   return *standInState().carrier;
