@@ -93,7 +93,10 @@ Value hook_processIncomingMessageStanzas(const Value& self, const host::Selector
   bool duplicateSeen = false;
   bool mediaSkipped = false;
 
-  const host::Array* stanzas = argumentAt(args, 0).array();
+  // Held for the whole batch: the pointers below point into values, and a
+  // value converted from a host object lives only as long as its holder.
+  const Value batch = argumentAt(args, 0);
+  const host::Array* stanzas = batch.array();
   if (stanzas != nullptr) {
     for (const Value& stanza : *stanzas) {
       host::OptText number = model->getPhoneNumber(valueForKey(stanza, "fromJID").text());
@@ -119,9 +122,9 @@ Value hook_processIncomingMessageStanzas(const Value& self, const host::Selector
       host::OptText mediaURL = host::Text();
       if (hasMedia) {
         mediaURL = sendTo(stanza, "mediaURL").text();
-        const host::Bytes* bytes = sendTo(sendTo(stanza, "media"), "value").bytes();
+        const Value media = sendTo(sendTo(stanza, "media"), "value");
         std::optional<host::Bytes> data;
-        if (bytes != nullptr) data = *bytes;
+        if (const host::Bytes* bytes = media.bytes()) data = *bytes;
         // Saved even with the history off: the picture folder is the user's
         // only copy of what a blocked contact sent, and it is cheap.
         fileName = model->saveImageOnDiskWithData(data, number);

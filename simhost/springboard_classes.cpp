@@ -53,7 +53,8 @@ Value sharedInstance(const Value& self, const Selector&, const Args&) {
 
 Value applicationsWithBundleIdentifier(const Value& self, const Selector&, const Args& args) {
   host::Array matching;
-  if (const host::Array* all = property(self, "applications").array()) {
+  const Value applications = property(self, "applications");
+  if (const host::Array* all = applications.array()) {
     for (const Value& app : *all) {
       if (property(app, "bundleIdentifier") == args.at(0)) matching.push_back(app);
     }
@@ -100,7 +101,8 @@ Value addApplication(ObjectRuntime& runtime, const std::string& bundleId, const 
                                                   {host::T("badge"), badge}});
   Value controller = runtime.send(runtime.getClass("SBApplicationController"), "sharedInstance", {});
   host::Array all;
-  if (const host::Array* known = property(controller, "applications").array()) all = *known;
+  const Value applications = property(controller, "applications");
+  if (const host::Array* known = applications.array()) all = *known;
   all.push_back(app);
   setProperty(controller, "applications", Value::array(std::move(all)));
   return app;
