@@ -11,6 +11,7 @@
 #ifndef HUSHWALL_HOST_RUNTIME_H_
 #define HUSHWALL_HOST_RUNTIME_H_
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,12 @@ namespace hushwall::host {
 using Selector = std::string;
 using Args = std::vector<Value>;
 using IMP = Value (*)(const Value& self, const Selector& cmd, const Args& args);
+
+// The argument at `index`, or nil when the caller passed fewer: an argument
+// left out reads as nil (or zero), as it does in a message on the device.
+inline Value argumentAt(const Args& args, std::size_t index) {
+  return index < args.size() ? args[index] : Value();
+}
 
 class Runtime {
  public:

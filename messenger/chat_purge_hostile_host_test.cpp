@@ -4,16 +4,16 @@
 // delete only chats whose JID holds an entry literally, never write to the
 // messenger's database, and shrug off a database it cannot use.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <optional>
 #include <set>
-#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "messenger/whatsapp_test_process.h"
@@ -30,31 +30,14 @@ using Chats = std::set<std::string>;
 constexpr char kChatStorage[] =
     "/var/mobile/Applications/net.whatsapp.WhatsApp/Documents/ChatStorage.sqlite";
 
-// The messenger's message database: one message to and one from each JID,
-// written with bound parameters so that any JID goes in as it is.
-void writeChatStorage(const std::string& path, const std::vector<std::string>& jids) {
-  fs::remove_all(path);
-  fs::create_directories(fs::path(path).parent_path());
-  sqlite3* db = nullptr;
-  sqlite3_stmt* insert = nullptr;
-  if (sqlite3_open(path.c_str(), &db) != SQLITE_OK ||
-      sqlite3_exec(db, "CREATE TABLE ZWAMESSAGE (ZTOJID TEXT, ZFROMJID TEXT)", nullptr, nullptr,
-                   nullptr) != SQLITE_OK ||
-      sqlite3_prepare_v2(db, "INSERT INTO ZWAMESSAGE VALUES (?, ?)", -1, &insert, nullptr) !=
-          SQLITE_OK) {
-    sqlite3_close(db);
-    throw std::runtime_error("cannot write " + path);
-  }
+// The messenger's message database: one message to and one from each JID.
+void writeChatStorage(const TestDevice& device, const std::vector<std::string>& jids) {
+  std::vector<std::pair<std::optional<std::string>, std::optional<std::string>>> rows;
   for (const std::string& jid : jids) {
-    for (int column : {1, 2}) {
-      sqlite3_bind_text(insert, column, jid.c_str(), -1, SQLITE_TRANSIENT);
-      sqlite3_bind_text(insert, 3 - column, "me@s.whatsapp.net", -1, SQLITE_TRANSIENT);
-      sqlite3_step(insert);
-      sqlite3_reset(insert);
-    }
+    rows.push_back({jid, "me@s.whatsapp.net"});
+    rows.push_back({"me@s.whatsapp.net", jid});
   }
-  sqlite3_finalize(insert);
-  sqlite3_close(db);
+  device.writeChatStorage(rows);
 }
 
 std::string contentsOf(const std::string& path) {
@@ -90,7 +73,7 @@ TEST(ChatPurgeHostile, EntriesWithQuotesAndWildcardsDeleteOnlyLiteralMatches) {
   const Chats literal{"100%@s.whatsapp.net", "team_a@g.us"};
   std::vector<std::string> jids(kept.begin(), kept.end());
   jids.insert(jids.end(), literal.begin(), literal.end());
-  writeChatStorage(storage, jids);
+  writeChatStorage(device, jids);
   const std::string storageBefore = contentsOf(storage);
 
   inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter&) {
@@ -128,7 +111,7 @@ TEST(ChatPurgeHostile, AMessageDatabaseItCannotUseDeletesNothingUntilItIsSound) 
        [&] { std::ofstream(storage, std::ios::binary) << std::string(8192, '\x5a'); }},
       {"cut short",
        [&] {
-         writeChatStorage(storage, {blocked, other});
+         writeChatStorage(device, {blocked, other});
          fs::resize_file(storage, 1000);
        }},
       {"a directory in its place", [&] { fs::create_directory(storage); }},
@@ -145,7 +128,7 @@ TEST(ChatPurgeHostile, AMessageDatabaseItCannotUseDeletesNothingUntilItIsSound) 
 
       // The messenger writes a sound database while it runs: the next trip
       // to the background purges as usual.
-      writeChatStorage(storage, {blocked, other});
+      writeChatStorage(device, {blocked, other});
       background(app);
       EXPECT_EQ(hostLog().chats, Chats{other}) << fault;
     });

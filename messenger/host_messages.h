@@ -4,8 +4,6 @@
 #ifndef HUSHWALL_MESSENGER_HOST_MESSAGES_H_
 #define HUSHWALL_MESSENGER_HOST_MESSAGES_H_
 
-#include <cstddef>
-
 #include "host/env.h"
 #include "host/runtime.h"
 #include "host/value.h"
@@ -23,11 +21,7 @@ inline host::Value valueForKey(const host::Value& object, const char* key) {
   return sendTo(object, "valueForKey:", {host::Value::string(host::T(key))});
 }
 
-// The argument at `index`, or nil when the host passed fewer: an argument the
-// caller left out reads as nil, as it would on the device.
-inline host::Value argumentAt(const host::Args& args, std::size_t index) {
-  return index < args.size() ? args[index] : host::Value();
-}
+using host::argumentAt;
 
 }  // namespace hushwall
 

@@ -8,7 +8,6 @@
 
 #include "model/paths.h"
 #include "platform/linux/device_bundles.h"
-#include "platform/linux/device_root_file_system.h"
 #include "platform/linux/plist_file.h"
 #include "platform/linux/vcard_address_book.h"
 #include "sim/json_values.h"
@@ -27,9 +26,9 @@ std::string inRoot(const std::string& root, const std::string& devicePath) {
 
 // WhatsApp's own message database, with the one table Hushwall reads.
 void writeChatStorage(const std::string& root, const std::vector<ChatMessage>& rows) {
-  linux_platform::DeviceRootFileSystem files(root);
-  linux_platform::DeviceBundles bundles(files, host::T("net.whatsapp.WhatsApp"));
-  const std::string path = inRoot(root, host::toUtf8(*bundles.documentsDirectory()) + "/ChatStorage.sqlite");
+  const std::string path = inRoot(
+      root, host::toUtf8(linux_platform::documentsDirectoryOf(host::T("net.whatsapp.WhatsApp"))) +
+                "/ChatStorage.sqlite");
   sqlite3* raw = nullptr;
   int rc = sqlite3_open(path.c_str(), &raw);
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> db(raw, sqlite3_close);

@@ -10,7 +10,6 @@
 #include "platform/linux/dbus_notify_center.h"
 #include "platform/linux/device_bundles.h"
 #include "platform/linux/device_bus_address.h"
-#include "platform/linux/device_root_file_system.h"
 #include "platform/linux/plist_file.h"
 
 namespace hushwall::testing {
@@ -74,10 +73,10 @@ void TestDevice::addToBlacklist(const std::string& phoneNumber, const std::strin
 void TestDevice::writeChatStorage(
     const std::vector<std::pair<std::optional<std::string>, std::optional<std::string>>>& rows)
     const {
-  linux_platform::DeviceRootFileSystem files(root());
-  linux_platform::DeviceBundles whatsapp(files, host::T("net.whatsapp.WhatsApp"));
-  const std::string path =
-      native(host::toUtf8(*whatsapp.documentsDirectory()) + "/ChatStorage.sqlite");
+  const std::string path = native(
+      host::toUtf8(linux_platform::documentsDirectoryOf(host::T("net.whatsapp.WhatsApp"))) +
+      "/ChatStorage.sqlite");
+  std::filesystem::remove_all(path);
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
   sqlite3* raw = nullptr;
   const int opened = sqlite3_open(path.c_str(), &raw);

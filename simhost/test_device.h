@@ -81,7 +81,8 @@ class TestDevice {
   // The History table in id order; empty when there is no database.
   std::vector<HistoryRow> history() const;
   // Writes WhatsApp's message database ("ChatStorage.sqlite" in its
-  // documents directory) with one ZWAMESSAGE row per (ZTOJID, ZFROMJID).
+  // documents directory) afresh, whatever stood there, with one ZWAMESSAGE
+  // row per (ZTOJID, ZFROMJID), bound as they are.
   void writeChatStorage(
       const std::vector<std::pair<std::optional<std::string>, std::optional<std::string>>>& rows)
       const;

@@ -11,7 +11,8 @@ namespace {
 
 // Reads the Blacklist rows into `list` from the front, each over the entry
 // of the last load at its position (reusing that string's storage) or
-// appended past them; answers how many it read. A NULL number is skipped.
+// appended past them; answers how many it read, which may be fewer than the
+// entries left in `list`. A NULL number is skipped.
 std::size_t readBlacklistInto(std::vector<host::Text>& list) {
   std::size_t read = 0;
   Database db(databasePath());
@@ -19,14 +20,11 @@ std::size_t readBlacklistInto(std::vector<host::Text>& list) {
   Statement query(db, "SELECT phoneNumber FROM Blacklist");
   if (!query.isPrepared()) return read;
   // An error in the middle of the rows keeps what was read before it.
-  host::Text fresh;
   while (query.step() == SQLITE_ROW) {
-    if (read < list.size()) {
-      if (query.columnTextInto(0, list[read])) ++read;
-    } else if (query.columnTextInto(0, fresh)) {
-      list.push_back(std::move(fresh));
-      ++read;
-    }
+    // A slot made for a NULL row is reused by the next row or cut off by
+    // the caller.
+    if (read == list.size()) list.emplace_back();
+    if (query.columnTextInto(0, list[read])) ++read;
   }
   return read;
 }

@@ -30,10 +30,6 @@ const HookRecord* findHook(id self, const char* selector) {
   return nullptr;
 }
 
-Value argumentAt(const host::Args& args, std::size_t index) {
-  return index < args.size() ? args[index] : Value();
-}
-
 // How each argument type crosses the bridge.
 template <typename T>
 struct Bridge;
@@ -91,10 +87,10 @@ struct ShapeOf {
                     std::index_sequence<I...>) {
     auto function = reinterpret_cast<R (*)(id, SEL, A...)>(original);
     if constexpr (std::is_void_v<R>) {
-      function(self, selector, Bridge<A>::out(argumentAt(args, I))...);
+      function(self, selector, Bridge<A>::out(host::argumentAt(args, I))...);
       return Value();
     } else {
-      return Bridge<R>::in(function(self, selector, Bridge<A>::out(argumentAt(args, I))...));
+      return Bridge<R>::in(function(self, selector, Bridge<A>::out(host::argumentAt(args, I))...));
     }
   }
 

@@ -177,9 +177,8 @@ Value ObjcRuntime::send(const Value& receiver, const host::Selector& selector,
   [invocation setTarget:target];
   const NSUInteger count = [signature numberOfArguments];
   for (NSUInteger i = 2; i < count; ++i) {
-    // An argument the caller left out reads as nil or zero.
-    const Value argument = i - 2 < args.size() ? args[i - 2] : Value();
-    setArgument(invocation, (NSInteger)i, [signature getArgumentTypeAtIndex:i], argument);
+    setArgument(invocation, (NSInteger)i, [signature getArgumentTypeAtIndex:i],
+                host::argumentAt(args, i - 2));
   }
   [invocation invoke];
   return resultOf(invocation, [signature methodReturnType]);

@@ -5,15 +5,16 @@
 // booted, this definition comes before GNUstep's in the process (the
 // stand-in library is linked ahead of gnustep-base) and answers the one
 // question an app's code asks, the user's documents directory with the
-// tilde expanded, with the container on the device, named by the app's
-// bundle identifier as the simulated device names it. Every other question
-// goes on to GNUstep.
+// tilde expanded, with the app's container on the simulated device. Every
+// other question goes on to GNUstep.
 #import <Foundation/Foundation.h>
 
 #include <dlfcn.h>
 
+#include "host/text.h"
 #include "platform/darwin/device_paths.h"
 #include "platform/gnustep/stand_in_device.h"
+#include "platform/linux/device_bundles.h"
 
 namespace {
 
@@ -35,7 +36,8 @@ NSArray* NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory,
     return foundationSearchPaths(directory, domains, expandTilde);
   }
   NSString* identifier = [[NSBundle mainBundle] bundleIdentifier];
-  if (identifier == nil) identifier = @"unidentified";
-  NSString* container = [@"/var/mobile/Applications" stringByAppendingPathComponent:identifier];
-  return [NSArray arrayWithObject:HWNativePath([container stringByAppendingString:@"/Documents"])];
+  const hushwall::host::Text documents = hushwall::linux_platform::documentsDirectoryOf(
+      hushwall::host::fromUtf8([identifier UTF8String]));
+  NSString* path = [NSString stringWithUTF8String:hushwall::host::toUtf8(documents).c_str()];
+  return [NSArray arrayWithObject:HWNativePath(path)];
 }

@@ -10,9 +10,11 @@ host::OptText DeviceBundles::bundlePath(const host::Text& devicePath) {
   return devicePath;
 }
 
-host::OptText DeviceBundles::documentsDirectory() {
-  host::Text app = identifier_ ? *identifier_ : host::T("unidentified");
+host::Text documentsDirectoryOf(const host::OptText& identifier) {
+  host::Text app = identifier ? *identifier : host::T("unidentified");
   return host::T("/var/mobile/Applications/") + app + host::T("/Documents");
 }
+
+host::OptText DeviceBundles::documentsDirectory() { return documentsDirectoryOf(identifier_); }
 
 }  // namespace hushwall::linux_platform

@@ -8,6 +8,11 @@
 
 namespace hushwall::linux_platform {
 
+// Where the simulated device keeps an app's container, as the phone does
+// under a generated name: "/var/mobile/Applications/<identifier>/Documents",
+// "unidentified" standing in for an absent identifier.
+host::Text documentsDirectoryOf(const host::OptText& identifier);
+
 class DeviceBundles : public host::Bundles {
  public:
   // `identifier` absent: a process whose main bundle has no identifier.
@@ -16,7 +21,7 @@ class DeviceBundles : public host::Bundles {
 
   host::OptText mainBundleIdentifier() override { return identifier_; }
   host::OptText bundlePath(const host::Text& devicePath) override;
-  // "/var/mobile/Applications/<identifier>/Documents": each app its own.
+  // documentsDirectoryOf() this app: each app its own.
   host::OptText documentsDirectory() override;
 
  private:
