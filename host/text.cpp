@@ -135,6 +135,26 @@ std::string toUtf8(const Text& text) {
   return out;
 }
 
+bool isValidUtf8(std::string_view bytes) {
+  for (std::size_t pos = 0; pos < bytes.size();) {
+    const std::size_t start = pos;
+    // A replacement character is either decoded from its own well-formed
+    // bytes or stands for a bad sequence, which never spells EF BF BD.
+    if (decodeUtf8(bytes, pos) == kReplacement && bytes.substr(start, pos - start) != "\xEF\xBF\xBD") {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string repairUtf8(std::string_view bytes) {
+  if (isValidUtf8(bytes)) return std::string(bytes);
+  std::string out;
+  out.reserve(bytes.size() + 8);
+  for (std::size_t pos = 0; pos < bytes.size();) appendUtf8(out, decodeUtf8(bytes, pos));
+  return out;
+}
+
 bool isWhiteSpace(char16_t unit) {
   switch (unit) {
     case 0x0009: case 0x0020: case 0x00A0: case 0x1680:

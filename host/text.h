@@ -57,6 +57,13 @@ void assignFromUtf8(Text& out, std::string_view utf8);
 OptText fromUtf8(const char* utf8OrNull);
 // UTF-16 to UTF-8. A lone surrogate becomes U+FFFD.
 std::string toUtf8(const Text& text);
+// True when `bytes` is well-formed UTF-8 (no overlong form, surrogate or
+// value above U+10FFFF). NUL is a character like any other.
+bool isValidUtf8(std::string_view bytes);
+// `bytes` with every ill-formed sequence replaced by U+FFFD, by the rule
+// fromUtf8 uses; well-formed input comes back unchanged. For text read from
+// files and databases that another writer may have filled with any bytes.
+std::string repairUtf8(std::string_view bytes);
 // Shorthand for literals in code and tests: u8"..." style input.
 inline Text T(std::string_view utf8) { return fromUtf8(utf8); }
 

@@ -34,6 +34,28 @@ TEST(TextConversion, BadInputBecomesReplacementCharacter) {
   EXPECT_EQ(T("\xF4\x90\x80\x80"), u"\uFFFD\uFFFD\uFFFD\uFFFD");  // above U+10FFFF
 }
 
+TEST(TextConversion, Utf8IsCheckedAndRepairedByTheSameRule) {
+  for (std::string good : {std::string(), std::string("plain"), std::string("h\xC3\xA9 \xE2\x82\xAC"),
+                           std::string("\xF0\x9F\x98\x80"), std::string("\xEF\xBF\xBD"),
+                           std::string("a\0b", 3), std::string("\xF4\x8F\xBF\xBF")}) {
+    EXPECT_TRUE(isValidUtf8(good)) << good;
+    EXPECT_EQ(repairUtf8(good), good);
+  }
+  // Each bad byte or cut sequence costs one replacement; the rest survives.
+  EXPECT_FALSE(isValidUtf8("bad\xFF"));
+  EXPECT_EQ(repairUtf8("bad\xFF"), "bad\xEF\xBF\xBD");
+  EXPECT_EQ(repairUtf8("\xE2\x82" "x"), "\xEF\xBF\xBD" "x");
+  EXPECT_EQ(repairUtf8("\xF0\x90\x80"), "\xEF\xBF\xBD");  // cut after three bytes
+  EXPECT_FALSE(isValidUtf8("\xC0\xAF"));                    // overlong
+  EXPECT_FALSE(isValidUtf8("\xED\xA0\x80"));                // a surrogate
+  EXPECT_FALSE(isValidUtf8("\xF4\x90\x80\x80"));            // above U+10FFFF
+  EXPECT_FALSE(isValidUtf8("\x80"));
+  // Repairing agrees with converting, so every reader shows the same text.
+  const std::string hostile = "x\xC3\xFF\xED\xBF\xBFy\xF0\x9F\x98";
+  EXPECT_EQ(repairUtf8(hostile), toUtf8(fromUtf8(hostile)));
+  EXPECT_TRUE(isValidUtf8(repairUtf8(hostile)));
+}
+
 TEST(TextConversion, NullCStringIsAbsentNotEmpty) {
   EXPECT_EQ(fromUtf8(static_cast<const char*>(nullptr)), std::nullopt);
   EXPECT_EQ(fromUtf8(""), OptText(Text()));
