@@ -8,6 +8,9 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tools/display_width.h"
+#include "tools/row_json.h"
+
 namespace hushwall::tools {
 namespace {
 
@@ -40,22 +43,20 @@ StmtPtr prepare(sqlite3* db, const std::string& sql) {
 }  // namespace
 
 nlohmann::json readTable(const std::string& databaseFile, const std::string& table) {
-  DbPtr db = openDatabase(databaseFile, SQLITE_OPEN_READONLY);
+  // Read-write, though only to read: a writer killed in the middle of a
+  // transaction leaves a hot journal, which the next reader must roll back
+  // before it may read, and a read-only connection cannot. query_only keeps
+  // this connection's own statements from writing. (A file the system will
+  // not let us write is opened read-only all the same, by SQLite.)
+  DbPtr db = openDatabase(databaseFile, SQLITE_OPEN_READWRITE);
+  sqlite3_exec(db.get(), "PRAGMA query_only = 1", nullptr, nullptr, nullptr);
   StmtPtr query = prepare(db.get(), "SELECT * FROM \"" + table + "\" ORDER BY rowid");
   nlohmann::json rows = nlohmann::json::array();
-  while (sqlite3_step(query.get()) == SQLITE_ROW) {
-    nlohmann::json row = nlohmann::json::object();
-    for (int i = 0; i < sqlite3_column_count(query.get()); ++i) {
-      const char* name = sqlite3_column_name(query.get(), i);
-      switch (sqlite3_column_type(query.get(), i)) {
-        case SQLITE_NULL: row[name] = nullptr; break;
-        case SQLITE_INTEGER: row[name] = sqlite3_column_int64(query.get(), i); break;
-        case SQLITE_FLOAT: row[name] = sqlite3_column_double(query.get(), i); break;
-        default:
-          row[name] = reinterpret_cast<const char*>(sqlite3_column_text(query.get(), i));
-      }
-    }
-    rows.push_back(std::move(row));
+  int rc;
+  while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) rows.push_back(rowAsJson(query.get()));
+  if (rc != SQLITE_DONE) {
+    throw std::runtime_error("cannot read " + table + " from '" + databaseFile +
+                             "': " + sqlite3_errmsg(db.get()));
   }
   return rows;
 }
@@ -80,15 +81,15 @@ void printTable(std::ostream& out, const nlohmann::json& rows,
   };
   std::vector<std::size_t> widths;
   for (const auto& c : columns) {
-    std::size_t w = c.size();
-    for (const auto& r : rows) w = std::max(w, cell(r.value(c, nlohmann::json())).size());
+    std::size_t w = displayWidth(c);
+    for (const auto& r : rows) w = std::max(w, displayWidth(cell(r.value(c, nlohmann::json()))));
     widths.push_back(std::min<std::size_t>(w, 48));
   }
   auto line = [&](auto text) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
       std::string t = text(i);
-      if (t.size() > widths[i]) t = t.substr(0, widths[i] - 1) + "~";
-      out << std::left << std::setw(static_cast<int>(widths[i]) + 2) << t;
+      if (displayWidth(t) > widths[i]) t = cutToWidth(t, widths[i] - 1) + "~";
+      out << t << std::string(widths[i] + 2 - displayWidth(t), ' ');
     }
     out << "\n";
   };
