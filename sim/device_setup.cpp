@@ -8,10 +8,12 @@
 
 #include "model/paths.h"
 #include "platform/linux/device_bundles.h"
+#include "platform/linux/file_lock.h"
 #include "platform/linux/plist_file.h"
 #include "platform/linux/vcard_address_book.h"
 #include "sim/json_values.h"
 #include "startup/settings.h"
+#include "tools/device_root.h"
 #include "tools/history_table.h"
 
 namespace hushwall::sim {
@@ -67,6 +69,9 @@ void prepareDevice(const std::string& root, const Scenario& scenario,
   if (!fs::is_regular_file(templateDatabase)) {
     throw std::runtime_error("the template database " + templateDatabase + " is missing");
   }
+  // First, so that the companion tools recognise the root as a device's even
+  // when the run stops half way.
+  tools::markDeviceRoot(root);
   fs::copy_file(templateDatabase, inRoot(root, std::string(kSettingsBundlePath) + kDatabaseComponent));
   if (scenario.settings) writeSettingsFile(root, *scenario.settings);
   if (scenario.contacts) {
@@ -95,7 +100,10 @@ std::set<std::string> initialChats(const Scenario& scenario) {
 
 void writeSettingsFile(const std::string& root, const nlohmann::json& values) {
   const host::Value settings = valueFromJson(values);
-  linux_platform::writeBinaryPlist(inRoot(root, kSettingsFilePath), *settings.dictionary());
+  const std::string path = inRoot(root, kSettingsFilePath);
+  // hushwallctl may be changing the file at the same time; see its settings.
+  linux_platform::FileLock lock(path);
+  linux_platform::writeBinaryPlist(path, *settings.dictionary());
 }
 
 }  // namespace hushwall::sim

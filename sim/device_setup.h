@@ -11,7 +11,8 @@
 
 namespace hushwall::sim {
 
-// Installs the template database in the settings bundle; writes the settings
+// Marks the root as a device's (tools/device_root.h); installs the template
+// database in the settings bundle; writes the settings
 // file, the address book and the messenger's message database when the
 // scenario has them; and, when it has blacklist rows, makes the data
 // directory's database from the template and puts them in. Without rows the
