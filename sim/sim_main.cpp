@@ -24,6 +24,7 @@
 #include "sim/scenario.h"
 #include "sim/simulation.h"
 #include "sim/transcript.h"
+#include "tools/command_line_checks.h"
 
 namespace hushwall::sim {
 namespace {
@@ -112,6 +113,14 @@ int main(int argc, char** argv) {
   for (CLI::App* command : {run, demo}) {
     command->add_option("--state", state, "write the final state (JSON) to this file");
     command->add_option("--root", root, "keep the device in this new or empty directory");
+  }
+  try {
+    // The scenario's and the state file's names end up in the transcript and
+    // the final state's JSON, which need text.
+    hushwall::tools::requireUtf8Arguments(argc, argv);
+  } catch (const std::invalid_argument& e) {
+    std::cerr << "hushwall-sim: " << e.what() << "\n";
+    return 2;
   }
   CLI11_PARSE(cli, argc, argv);
   hushwall::sim::installChildCleanup();

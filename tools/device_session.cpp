@@ -11,6 +11,7 @@
 
 #include "model/paths.h"
 #include "platform/linux/device_bus_address.h"
+#include "tools/device_root.h"
 
 namespace hushwall::tools {
 namespace fs = std::filesystem;
@@ -27,12 +28,7 @@ bool deviceBusIsRunning(const std::string& root) {
   return ok;
 }
 
-DeviceSession::DeviceSession(const std::string& root) : root_(root) {
-  std::error_code ec;
-  if (!fs::is_directory(root_, ec)) {
-    throw std::runtime_error("device root '" + root_ + "' is not a directory");
-  }
-  root_ = fs::canonical(root_).string();
+DeviceSession::DeviceSession(const std::string& root) : root_(existingDeviceRoot(root)) {
   if (!deviceBusIsRunning(root_)) {
     bus_ = std::make_unique<linux_platform::DeviceBus>(root_);
   }
@@ -52,6 +48,7 @@ void DeviceSession::runLoop() {
 }
 
 void seedDevice(const std::string& root, const std::string& templateDatabase) {
+  markDeviceRoot(root);
   auto copyTemplate = [&](const std::string& folder) {
     fs::create_directories(root + folder);
     fs::copy_file(templateDatabase, root + folder + kDatabaseComponent,

@@ -14,8 +14,9 @@ namespace hushwall::tools {
 
 class DeviceSession {
  public:
-  // Throws std::runtime_error with a message for the user when the root is
-  // not a directory.
+  // Throws std::invalid_argument with a message for the user when the root is
+  // not a device root (see tools/device_root.h): nothing is written then, not
+  // even the bus's socket.
   explicit DeviceSession(const std::string& root);
   ~DeviceSession();
 
@@ -37,8 +38,9 @@ class DeviceSession {
 // file left behind by a daemon that died stays on disk.
 bool deviceBusIsRunning(const std::string& root);
 
-// Lays out a fresh device root: the template database in the settings bundle
-// and, as SpringBoard's first start would, in the data directory.
+// Lays out a fresh device root: the marker, the template database in the
+// settings bundle and, as SpringBoard's first start would, in the data
+// directory. `root` must exist.
 void seedDevice(const std::string& root, const std::string& templateDatabase);
 
 }  // namespace hushwall::tools

@@ -20,6 +20,8 @@
 #include "startup/blacklist.h"
 #include "startup/notification_names.h"
 #include "startup/settings.h"
+#include "tools/command_line_checks.h"
+#include "tools/device_root.h"
 #include "tools/device_session.h"
 #include "tools/history_table.h"
 
@@ -123,8 +125,11 @@ int demo(const std::string& requestedRoot, const std::string& templateDb) {
     std::string pattern = "/tmp/hushwall-demo-XXXXXX";
     if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a device root");
     root = pattern;
+  } else {
+    // The demo writes settings, contacts and rows of its own: a device that
+    // holds anything already would be changed beyond repair.
+    root = newDeviceRoot(root, false);
   }
-  fs::create_directories(root);
   seedDevice(root, templateDb);
   std::cout << "== A device at " << root << "\n"
             << "  template database installed in the settings bundle and the data directory\n";
@@ -270,11 +275,18 @@ int main(int argc, char** argv) {
   historyCmd->add_option("--root", root, "device root directory")->required()->check(CLI::ExistingDirectory);
   historyCmd->add_flag("--json", json, "print JSON rows");
 
+  try {
+    requireUtf8Arguments(argc, argv);
+  } catch (const std::invalid_argument& e) {
+    std::cerr << "hushwall-model: " << e.what() << "\n";
+    return 2;
+  }
   CLI11_PARSE(app, argc, argv);
   try {
     if (*demoCmd) return demo(root, templateDb);
     if (*initCmd) {
-      fs::create_directories(root);
+      // A device already laid out is seeded again, keeping its files.
+      root = newDeviceRoot(root, true);
       seedDevice(root, templateDb);
       std::cout << "device root " << root << " ready\n";
       return 0;

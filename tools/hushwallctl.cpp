@@ -10,8 +10,9 @@
 // Exit status: 0 done; 1 the device could not do it (no database, no such
 // blacklist entry, an unreadable settings file, fewer notifications than
 // awaited); 2 a bad command line (unknown key, bad value, malformed number,
-// bad notification name, a root that is not a directory), where nothing is
-// changed; 3 the device's bus is not running.
+// bad notification name, text that is not UTF-8, a root that is not a
+// device, a root too long for the bus socket), where nothing is changed; 3
+// the device's bus is not running.
 //
 // A change is written before it is announced. When the bus is not running
 // the change stays and the status is 3: nothing is lost, since every process
@@ -30,12 +31,16 @@
 
 #include <sdbus-c++/Error.h>
 
+#include "host/text.h"
 #include "model/paths.h"
 #include "platform/linux/dbus_notify_center.h"
 #include "platform/linux/device_bus_address.h"
+#include "platform/linux/file_lock.h"
 #include "platform/linux/plist_file.h"
 #include "startup/notification_names.h"
 #include "startup/settings.h"
+#include "tools/command_line_checks.h"
+#include "tools/device_root.h"
 #include "tools/device_session.h"
 #include "tools/history_table.h"
 #include "tools/settings_assignments.h"
@@ -54,16 +59,9 @@ class BusNotRunning : public std::runtime_error {
 // A device root as the companion sees it: files under it, and its bus.
 class Device {
  public:
-  explicit Device(const std::string& root) {
-    std::error_code ec;
-    if (!fs::exists(root, ec)) throw std::invalid_argument("device root '" + root + "' does not exist");
-    if (!fs::is_directory(root, ec)) {
-      throw std::invalid_argument("device root '" + root + "' is not a directory");
-    }
-    // The bus socket's address is derived from the root's path, so every
-    // process of the device must spell the root the same way.
-    root_ = fs::canonical(root).string();
-  }
+  // The bus socket's address is derived from the root's path, so every
+  // process of the device must spell the root the same way: canonically.
+  explicit Device(const std::string& root) : root_(existingDeviceRoot(root)) {}
 
   const std::string& root() const { return root_; }
   std::string file(const std::string& devicePath) const { return root_ + devicePath; }
@@ -92,6 +90,10 @@ class Device {
 
   void post(const std::string& name) const { connect()->post(name); }
 
+  // A change is announced after it is written; a root whose bus address
+  // cannot even be formed is refused before the change instead.
+  void checkBusAddress() const { (void)linux_platform::deviceBusSocketPath(root_); }
+
  private:
   std::string root_;
 };
@@ -113,7 +115,11 @@ void printJson(const nlohmann::json& value) { std::cout << value.dump(2) << "\n"
 
 void writeSettings(const Device& device, const std::vector<std::string>& words, bool keepOthers) {
   const host::Dict changes = parseSettingsAssignments(words);
+  device.checkBusAddress();
   const std::string path = device.file(kSettingsFilePath);
+  fs::create_directories(fs::path(path).parent_path());
+  // Another writer between this read and the rename would lose its change.
+  linux_platform::FileLock lock(path);
   host::Dict content;
   std::error_code ec;
   if (keepOthers && fs::exists(path, ec)) {
@@ -125,7 +131,6 @@ void writeSettings(const Device& device, const std::vector<std::string>& words, 
     content = std::move(*existing);
   }
   for (const auto& [key, value] : changes) content[key] = value;
-  fs::create_directories(fs::path(path).parent_path());
   linux_platform::writeBinaryPlist(path, content);
   std::cout << "settings written to " << path << "\n";
   announce(device, kSettingsChangedNotification);
@@ -149,19 +154,9 @@ void showSettings(const Device& device, bool json) {
 
 // --- blacklist --------------------------------------------------------------
 
-// Entries cover every number that contains them, as written, so anything but
-// a number's own characters would make an entry that never matches.
-void checkPhoneNumber(const std::string& number) {
-  const std::string allowed = "0123456789+ -()./";
-  if (number.empty() || number.find_first_not_of(allowed) != std::string::npos ||
-      number.find_first_of("0123456789") == std::string::npos) {
-    throw std::invalid_argument("malformed phone number '" + number +
-                                "': use digits, with '+', spaces, '-', '(', ')', '.' or '/'");
-  }
-}
-
 void addToBlacklist(const Device& device, const std::string& number, const std::string& name) {
   checkPhoneNumber(number);
+  device.checkBusAddress();
   insertBlacklistRow(device.databaseFile(), name, number);
   std::cout << "added " << number << " (" << name << ") to the blacklist\n";
   announce(device, kContactsChangedNotification);
@@ -169,6 +164,7 @@ void addToBlacklist(const Device& device, const std::string& number, const std::
 
 void removeFromBlacklist(const Device& device, const std::string& number) {
   checkPhoneNumber(number);
+  device.checkBusAddress();
   int removed = deleteBlacklistRows(device.databaseFile(), number);
   if (removed == 0) {
     throw std::runtime_error("'" + number +
@@ -199,7 +195,9 @@ void listPictures(const Device& device, bool json) {
     for (auto it = fs::recursive_directory_iterator(dataDirectory);
          it != fs::recursive_directory_iterator(); ++it) {
       if (it.depth() >= 1 && it->is_regular_file()) {
-        pictures.emplace_back(fs::relative(it->path(), device.root()).string(), it->file_size());
+        // Another writer may have named a folder with any bytes.
+        pictures.emplace_back(host::repairUtf8(fs::relative(it->path(), device.root()).string()),
+                              it->file_size());
       }
     }
   }
@@ -286,12 +284,20 @@ int main(int argc, char** argv) {
   pictures->add_flag("--json", json, "print JSON");
 
   auto* watchCmd = app.add_subcommand("watch", "print a line for each history change");
-  watchCmd->add_option("--count", count, "exit after this many")->check(CLI::NonNegativeNumber);
-  watchCmd->add_option("--timeout", timeout, "exit after this many seconds")->check(CLI::NonNegativeNumber);
+  watchCmd->add_option("--count", count, "exit after this many")
+      ->check(CLI::Validator(watchCountError, "0.." + std::to_string(kMaxWatchCount)));
+  watchCmd->add_option("--timeout", timeout, "exit after this many seconds")
+      ->check(CLI::Validator(watchTimeoutError, "SECONDS"));
 
   auto* post = app.add_subcommand("post", "post any notification");
   post->add_option("name", notification, "the notification name")->required();
 
+  try {
+    requireUtf8Arguments(argc, argv);
+  } catch (const std::invalid_argument& e) {
+    std::cerr << "hushwallctl: " << e.what() << "\n";
+    return 2;
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -308,6 +314,7 @@ int main(int argc, char** argv) {
     if (*blacklistList) listTable(device, "Blacklist", {"phoneNumber", "name"}, json);
     if (*iconHide || *post) {
       std::string what = *iconHide ? kRemoveStatusBarIconNotification : notification;
+      linux_platform::checkNotificationName(what);
       device.post(what);
       std::cout << "posted " << what << "\n";
     }

@@ -1,13 +1,8 @@
 // hushwallctl run as a program, against a real device root, database and bus.
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
-#include <functional>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -19,7 +14,9 @@
 #include "startup/settings.h"
 #include "testing/database_rows.h"
 #include "testing/private_bus.h"
+#include "testing/running_program.h"
 #include "testing/temp_device_root.h"
+#include "tools/device_root.h"
 
 namespace hushwall::testing {
 namespace {
@@ -27,76 +24,18 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 
-// A running hushwallctl; the test reads what it prints.
-class Ctl {
- public:
-  Ctl(const std::string& root, std::vector<std::string> args) {
+// A running hushwallctl on a device root; the test reads what it prints.
+struct Ctl : RunningProgram {
+  Ctl(const std::string& root, std::vector<std::string> args) : RunningProgram(withRoot(root, std::move(args))) {}
+  static std::vector<std::string> withRoot(const std::string& root, std::vector<std::string> args) {
     args.insert(args.begin(), {HUSHWALLCTL_PATH, "--root", root});
-    int out[2], err[2];
-    if (::pipe(out) != 0 || ::pipe(err) != 0) throw std::runtime_error("pipe failed");
-    pid_ = ::fork();
-    if (pid_ == 0) {
-      ::dup2(out[1], 1), ::dup2(err[1], 2);
-      ::close(out[0]), ::close(err[0]), ::close(out[1]), ::close(err[1]);
-      std::vector<char*> argv;
-      for (auto& a : args) argv.push_back(a.data());
-      argv.push_back(nullptr);
-      ::execv(argv[0], argv.data());
-      ::_exit(127);
-    }
-    ::close(out[1]), ::close(err[1]);
-    fds_[0] = out[0], fds_[1] = err[0];
+    return args;
   }
-  ~Ctl() {
-    if (pid_ > 0) ::kill(pid_, SIGKILL), ::waitpid(pid_, nullptr, 0);
-    for (int fd : fds_) if (fd >= 0) ::close(fd);
-  }
-
-  bool readUntilError(const std::string& text) {
-    return pump([&] { return err.find(text) != std::string::npos; }, milliseconds(10000));
-  }
-  // Reads everything and returns the exit status.
-  int finish() {
-    if (!pump([] { return false; }, milliseconds(20000))) ::kill(pid_, SIGKILL);
-    int status = 0;
-    ::waitpid(pid_, &status, 0);
-    pid_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
-  std::string out, err;
-
- private:
-  // Reads output until `done` holds or both streams end (true), or time is up.
-  bool pump(const std::function<bool()>& done, milliseconds timeout) {
-    auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!done() && (fds_[0] >= 0 || fds_[1] >= 0)) {
-      auto left = std::chrono::duration_cast<milliseconds>(deadline - std::chrono::steady_clock::now());
-      if (left.count() <= 0) return false;
-      pollfd polls[2] = {{fds_[0], POLLIN, 0}, {fds_[1], POLLIN, 0}};
-      ::poll(polls, 2, static_cast<int>(left.count()));
-      for (int i = 0; i < 2; ++i) {
-        if (fds_[i] < 0 || polls[i].revents == 0) continue;
-        char buffer[4096];
-        ssize_t n = ::read(fds_[i], buffer, sizeof buffer);
-        if (n > 0) (i == 0 ? out : err).append(buffer, static_cast<std::size_t>(n));
-        else ::close(fds_[i]), fds_[i] = -1;
-      }
-    }
-    return true;
-  }
-
-  pid_t pid_ = -1;
-  int fds_[2] = {-1, -1};
 };
 
 int run(const TempDeviceRoot& root, std::vector<std::string> args, std::string* out = nullptr,
         std::string* err = nullptr) {
-  Ctl ctl(root.path(), std::move(args));
-  int status = ctl.finish();
-  if (out) *out = ctl.out;
-  if (err) *err = ctl.err;
-  return status;
+  return runProgram(Ctl::withRoot(root.path(), std::move(args)), out, err);
 }
 
 std::string fileBytes(const std::string& path) {
@@ -257,6 +196,7 @@ TEST(Hushwallctl, WatchPrintsEachHistoryChange) {
 
 TEST(Hushwallctl, DeviceProblemsAreReportedClearly) {
   TempDeviceRoot root;  // no bus, no database
+  std::ofstream(root.native(tools::kDeviceRootMarker)) << "";
   std::string err;
   EXPECT_EQ(run(root, {"settings", "set", "Enabled=1"}, nullptr, &err), 3);
   EXPECT_NE(err.find("the device's bus is not running at " + root.path()), std::string::npos) << err;

@@ -54,6 +54,8 @@ SignalName signalNameOf(const std::string& name) {
 
 }  // namespace
 
+void checkNotificationName(const std::string& name) { (void)signalNameOf(name); }
+
 DBusNotifyCenter::DBusNotifyCenter(const std::string& busAddress)
     : connection_(sdbus::createSessionBusConnectionWithAddress(busAddress)),
       root_(sdbus::createObject(*connection_, "/")),

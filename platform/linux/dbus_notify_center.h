@@ -26,6 +26,11 @@ class IProxy;
 
 namespace hushwall::linux_platform {
 
+// Throws std::invalid_argument, as post() and addObserver() do, for a name
+// that is not "<interface>.<member>"; lets a program refuse a name before it
+// connects.
+void checkNotificationName(const std::string& name);
+
 class DBusNotifyCenter : public host::NotifyCenter {
  public:
   // Connects to the bus at `busAddress` ("unix:path=..."); throws

@@ -1,0 +1,265 @@
+// The companion programs at their boundaries, run as real processes: hostile
+// words and roots on the command line, hostile bytes and a hot journal in the
+// database they read, and several writers of the settings file at once.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/text.h"
+#include "platform/linux/device_bus_address.h"
+#include "platform/linux/plist_file.h"
+#include "startup/settings.h"
+#include "testing/background_process.h"
+#include "testing/database_rows.h"
+#include "testing/private_bus.h"
+#include "testing/running_program.h"
+#include "testing/temp_device_root.h"
+#include "tools/device_root.h"
+#include "tools/display_width.h"
+
+namespace hushwall::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+int ctl(const std::string& root, std::vector<std::string> args, std::string* out = nullptr,
+        std::string* err = nullptr) {
+  args.insert(args.begin(), {HUSHWALLCTL_PATH, "--root", root});
+  return runProgram(std::move(args), out, err);
+}
+
+int model(std::vector<std::string> args, std::string* out = nullptr, std::string* err = nullptr) {
+  args.insert(args.begin(), HUSHWALL_MODEL_PATH);
+  return runProgram(std::move(args), out, err);
+}
+
+std::string fileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+std::vector<std::string> entriesOf(const std::string& directory) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(directory)) names.push_back(entry.path().filename());
+  return names;
+}
+
+TEST(CompanionCommandLine, HostileWordsAndRootsAreRefusedBeforeAnythingChanges) {
+  TempDeviceRoot device;
+  device.installDatabase();
+  PrivateBus bus(device.path());
+  execSql(device.databaseFile(), "INSERT INTO Blacklist (name, phoneNumber) VALUES ('Ann', '4917')");
+  const std::string database = fileBytes(device.databaseFile());
+  const std::string settings = device.native(kSettingsFilePath);
+
+  struct Case {
+    std::vector<std::string> words;
+    std::string message;
+  };
+  const Case cases[] = {
+      {{"blacklist", "add", "4930", "--name", "bad\xFF"}, "'bad\xEF\xBF\xBD' is not valid UTF-8"},
+      {{"blacklist", "add", "49\xC0\xAF" "30"}, "not valid UTF-8"},
+      {{"settings", "set", "Enabled=\xFE"}, "not valid UTF-8"},
+      {{"post", "com.Corvanta.\xED\xA0\x80"}, "not valid UTF-8"},
+      {{"watch", "--count", "-1"}, "--count: must be a whole number from 0 to 2147483647, got '-1'"},
+      {{"watch", "--count", "2147483648"}, "whole number"},
+      {{"watch", "--timeout", "nan"}, "--timeout: must be a number of seconds from 0 to 31536000"},
+      {{"watch", "--timeout", "1e300"}, "got '1e300'"},
+      {{"watch", "--timeout", "-0.5"}, "seconds"},
+      {{"watch", "--timeout", "inf"}, "seconds"},
+      {{"watch", "--timeout", "0x10"}, "seconds"},
+  };
+  for (const Case& c : cases) {
+    std::string err;
+    EXPECT_EQ(ctl(device.path(), c.words, nullptr, &err), 2) << c.words[0] << " " << c.words.back();
+    EXPECT_NE(err.find(c.message), std::string::npos) << err;
+    EXPECT_TRUE(host::isValidUtf8(err)) << err;
+  }
+  EXPECT_EQ(ctl(device.path(), {"watch", "--count", "0", "--timeout", "31536000"}), 0);
+  EXPECT_EQ(fileBytes(device.databaseFile()), database);
+  EXPECT_FALSE(fs::exists(settings));
+
+  // Directories that are not a device, the machine's own root among them:
+  // refused, and nothing is written there, not even a bus socket.
+  TempDeviceRoot empty;
+  const bool machineHadVarMobile = fs::exists("/var/mobile");
+  for (const std::string& root : {empty.path(), std::string("/"), empty.path() + "/../" + fs::path(empty.path()).filename().string()}) {
+    std::string err;
+    EXPECT_EQ(ctl(root, {"settings", "set", "Enabled=1"}, nullptr, &err), 2) << root;
+    EXPECT_EQ(ctl(root, {"blacklist", "add", "4917"}, nullptr, &err), 2) << root;
+    EXPECT_NE(err.find(root == "/" ? "the machine's own root" : "is not a device root"), std::string::npos) << err;
+    EXPECT_NE(model({"history", "--root", root}), 0) << root;
+    EXPECT_NE(model({"settings", "--root", root}), 0) << root;
+  }
+  EXPECT_TRUE(fs::is_empty(empty.path()));
+  EXPECT_EQ(fs::exists("/var/mobile"), machineHadVarMobile);
+
+  // hushwall-model lays a device out only in a new or empty directory (init
+  // also on a device root), never over a directory holding anything else.
+  std::ofstream(empty.native("/notes.txt")) << "mine";
+  EXPECT_NE(model({"demo", "--root", empty.path()}), 0);
+  EXPECT_NE(model({"init", "--root", empty.path()}), 0);
+  EXPECT_NE(model({"demo", "--root", device.path()}), 0);
+  EXPECT_EQ(entriesOf(empty.path()), std::vector<std::string>{"notes.txt"});
+  EXPECT_EQ(fileBytes(device.databaseFile()), database);
+  EXPECT_EQ(model({"init", "--root", device.path()}), 0);
+  EXPECT_EQ(model({"init", "--root", empty.native("/fresh")}), 0);
+  EXPECT_TRUE(fs::exists(empty.native("/fresh") + tools::kDeviceRootMarker));
+  EXPECT_EQ(model({"history", "--root", empty.native("/fresh")}), 0);
+  std::string err;
+  EXPECT_EQ(model({"parse", "Ann: \xF0\x9F"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("not valid UTF-8"), std::string::npos) << err;
+  EXPECT_EQ(runProgram({HUSHWALL_SIM_PATH, "run", "scenario\xFF.json"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("not valid UTF-8"), std::string::npos) << err;
+
+  // A root too long for its bus socket: a change that could not be announced
+  // is refused, not made and then reported as refused.
+  const std::string longRoot = empty.path() + "/" + std::string(100 - empty.path().size() - 1, 'r');
+  fs::create_directories(longRoot);
+  tools::markDeviceRoot(longRoot);
+  fs::create_directories(longRoot + "/var/mobile/Library/Preferences/Hushwall");
+  fs::copy_file(device.databaseFile(), longRoot + "/var/mobile/Library/Preferences/Hushwall/HSWL.db");
+  bool addressFits = true;
+  try {
+    (void)linux_platform::deviceBusSocketPath(longRoot);
+  } catch (const std::invalid_argument&) {
+    addressFits = false;
+  }
+  const int expected = addressFits ? 3 : 2;  // no bus runs there
+  EXPECT_EQ(ctl(longRoot, {"settings", "set", "Enabled=1"}), expected);
+  EXPECT_EQ(ctl(longRoot, {"blacklist", "add", "4930"}), expected);
+  EXPECT_EQ(fs::exists(longRoot + kSettingsFilePath), addressFits);
+  EXPECT_EQ(readHistoryRows(longRoot + "/var/mobile/Library/Preferences/Hushwall/HSWL.db").size(), 0u);
+  std::string out;
+  ASSERT_EQ(ctl(longRoot, {"blacklist", "list", "--json"}, &out), 0);
+  EXPECT_EQ(nlohmann::json::parse(out).size(), addressFits ? 2u : 1u);
+}
+
+// Every line of a text table takes the same number of columns on screen, and
+// is whole UTF-8.
+void expectAlignedTable(const std::string& table) {
+  std::istringstream lines(table);
+  std::string line;
+  std::size_t width = 0;
+  while (std::getline(lines, line) && line.find(" rows: ") == std::string::npos) {
+    EXPECT_TRUE(host::isValidUtf8(line)) << line;
+    if (width == 0) width = tools::displayWidth(line);
+    EXPECT_EQ(tools::displayWidth(line), width) << line;
+  }
+  EXPECT_GT(width, 0u);
+}
+
+TEST(CompanionDatabaseReading, HostileBytesAndAHotJournalAreReadAnyway) {
+  TempDeviceRoot device;
+  device.installDatabase();
+  const std::string longName = [] {
+    std::string name;
+    for (int i = 0; i < 40; ++i) name += "\xC3\xA9";        // é, two bytes, one column
+    for (int i = 0; i < 10; ++i) name += "\xE6\xBC\xA2";    // 漢, three bytes, two columns
+    return name;
+  }();
+  // Another writer can store any bytes; these are what such a writer might.
+  execSql(device.databaseFile(),
+          "INSERT INTO Blacklist (name, phoneNumber) VALUES (CAST(X'626164FF' AS TEXT), '4917'),"
+          " (X'00616200FF', '4930'), ('" + longName + "', '4940');"
+          "INSERT INTO History (phoneNumber, name, message, date) VALUES"
+          " ('4917', 'Ann', CAST(X'68E282' AS TEXT), 1400000000.0);");
+  const std::string repaired = "\xEF\xBF\xBD";
+  auto readAll = [&] {
+    std::string out;
+    EXPECT_EQ(ctl(device.path(), {"blacklist", "list", "--json"}, &out), 0);
+    nlohmann::json blacklist = nlohmann::json::parse(out);
+    EXPECT_EQ(ctl(device.path(), {"history", "--json"}, &out), 0);
+    nlohmann::json history = nlohmann::json::parse(out);
+    EXPECT_EQ(model({"history", "--root", device.path(), "--json"}, &out), 0);
+    EXPECT_EQ(nlohmann::json::parse(out), history);
+    return std::make_pair(blacklist, history);
+  };
+
+  auto [blacklist, history] = readAll();
+  ASSERT_EQ(blacklist.size(), 3u);
+  EXPECT_EQ(blacklist[0]["name"], "bad" + repaired);
+  EXPECT_EQ(blacklist[1]["name"], std::string("\0ab\0", 4) + repaired);
+  EXPECT_EQ(blacklist[2]["name"], longName);
+  ASSERT_EQ(history.size(), 1u);
+  EXPECT_EQ(history[0]["message"], "h" + repaired);
+
+  // The text tables cut the long name between characters and stay aligned.
+  std::string out;
+  ASSERT_EQ(ctl(device.path(), {"blacklist", "list"}, &out), 0);
+  expectAlignedTable(out);
+  EXPECT_NE(out.find(tools::cutToWidth(longName, 47) + "~"), std::string::npos) << out;
+  ASSERT_EQ(model({"history", "--root", device.path()}, &out), 0);
+  expectAlignedTable(out);
+
+  // A writer killed in the middle of a transaction that replaced the whole
+  // blacklist, after its changes reached the file: the readers roll the
+  // journal back and see the blacklist as it was.
+  int ready[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  BackgroundProcess writer([&] {
+    sqlite3* db = nullptr;
+    sqlite3_open(device.databaseFile().c_str(), &db);
+    int rc = sqlite3_exec(db,
+                          "PRAGMA cache_size = 2; BEGIN; DELETE FROM Blacklist;"
+                          "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000)"
+                          " INSERT INTO Blacklist (name, phoneNumber) SELECT hex(randomblob(100)), i FROM n;",
+                          nullptr, nullptr, nullptr);
+    ASSERT_EQ(rc, SQLITE_OK) << sqlite3_errmsg(db);
+    ASSERT_EQ(::write(ready[1], "x", 1), 1);
+    ::pause();
+  });
+  ::close(ready[1]);
+  char byte = 0;
+  ASSERT_EQ(::read(ready[0], &byte, 1), 1) << "the writer failed before its transaction";
+  ::close(ready[0]);
+  writer.kill(SIGKILL);
+  writer.wait();
+  const std::string journal = device.databaseFile() + "-journal";
+  ASSERT_TRUE(fs::exists(journal) && fs::file_size(journal) > 0) << "no hot journal to test with";
+
+  auto [afterKill, historyAfterKill] = readAll();
+  EXPECT_EQ(afterKill, blacklist);
+  EXPECT_EQ(historyAfterKill, history);
+  EXPECT_FALSE(fs::exists(journal) && fs::file_size(journal) > 0);
+}
+
+TEST(CompanionSettingsFile, SettersRacingEachOtherLoseNoKey) {
+  TempDeviceRoot device;
+  device.installDatabase();
+  PrivateBus bus(device.path());
+  const std::vector<std::string> keys = {"Enabled",      "SaveHistory",    "ShowStatusbarIcon", "Vibrate",
+                                         "ContactsOnly", "DeleteMessages", "ActionButton",      "LockSettings"};
+  const std::string file = device.native(kSettingsFilePath);
+  constexpr int kRounds = 12;
+  int lost = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    // Each setter reads the file, changes its own key and renames a new file
+    // into place; all of them at once.
+    const std::string value = round % 2 == 0 ? "true" : "false";
+    std::vector<std::unique_ptr<RunningProgram>> setters;
+    for (const auto& key : keys) {
+      setters.push_back(std::make_unique<RunningProgram>(
+          std::vector<std::string>{HUSHWALLCTL_PATH, "--root", device.path(), "settings", "set", key + "=" + value}));
+    }
+    for (auto& setter : setters) EXPECT_EQ(setter->finish(), 0) << setter->err;
+    const host::Dict saved = linux_platform::readPlistDictionary(file).value_or(host::Dict{});
+    for (const auto& key : keys) {
+      auto it = saved.find(host::T(key));
+      lost += it == saved.end() || it->second != host::Value::boolean(round % 2 == 0);
+    }
+  }
+  EXPECT_EQ(lost, 0) << "keys that kept an old value, of " << kRounds * keys.size();
+  EXPECT_TRUE(fs::exists(file + ".lock"));
+}
+
+}  // namespace
+}  // namespace hushwall::testing

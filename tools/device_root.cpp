@@ -1,0 +1,67 @@
+#include "tools/device_root.h"
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "model/paths.h"
+
+namespace hushwall::tools {
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isDevice(const std::string& canonicalRoot) {
+  std::error_code ec;
+  return fs::is_regular_file(canonicalRoot + kDeviceRootMarker, ec) ||
+         fs::is_directory(canonicalRoot + kDataDirectory, ec);
+}
+
+std::string canonicalDirectory(const std::string& given) {
+  std::error_code ec;
+  if (!fs::exists(given, ec)) throw std::invalid_argument("device root '" + given + "' does not exist");
+  if (!fs::is_directory(given, ec)) {
+    throw std::invalid_argument("device root '" + given + "' is not a directory");
+  }
+  std::string root = fs::canonical(given, ec).string();
+  if (ec) throw std::invalid_argument("device root '" + given + "': " + ec.message());
+  // The machine's own "/" is never a simulated device, whatever it holds:
+  // writing there would change the machine's files.
+  if (root == "/") throw std::invalid_argument("device root '" + given + "' is the machine's own root");
+  return root;
+}
+
+}  // namespace
+
+void markDeviceRoot(const std::string& root) {
+  std::ofstream marker(root + kDeviceRootMarker);
+  marker << "a device root made by hushwall-sim or hushwall-model\n";
+  if (!marker.flush()) throw std::runtime_error("cannot write " + root + kDeviceRootMarker);
+}
+
+std::string existingDeviceRoot(const std::string& given) {
+  std::string root = canonicalDirectory(given);
+  if (!isDevice(root)) {
+    throw std::invalid_argument("'" + given + "' is not a device root (it has neither " +
+                                kDeviceRootMarker + " nor " + kDataDirectory +
+                                "); give a root made by hushwall-sim or hushwall-model");
+  }
+  return root;
+}
+
+std::string newDeviceRoot(const std::string& given, bool acceptDevice) {
+  std::error_code ec;
+  if (!fs::exists(given, ec)) {
+    if (!fs::create_directories(given, ec) && ec) {
+      throw std::invalid_argument("cannot make the device root '" + given + "': " + ec.message());
+    }
+  }
+  std::string root = canonicalDirectory(given);
+  if (fs::is_empty(root, ec) && !ec) return root;
+  if (acceptDevice && isDevice(root)) return root;
+  throw std::invalid_argument("the device root '" + given + "' is not empty" +
+                              (acceptDevice ? " and not a device root" : "") +
+                              "; give a new or empty directory");
+}
+
+}  // namespace hushwall::tools
