@@ -143,18 +143,20 @@ TEST(CompanionCommandLine, HostileWordsAndRootsAreRefusedBeforeAnythingChanges) 
   EXPECT_EQ(nlohmann::json::parse(out).size(), addressFits ? 2u : 1u);
 }
 
-// Every line of a text table takes the same number of columns on screen, and
-// is whole UTF-8.
-void expectAlignedTable(const std::string& table) {
+// A text table has one line per row after its heading, each whole UTF-8,
+// free of control characters, and as wide on screen as the others.
+void expectAlignedTable(const std::string& table, std::size_t rows) {
   std::istringstream lines(table);
   std::string line;
-  std::size_t width = 0;
+  std::size_t width = 0, count = 0;
   while (std::getline(lines, line) && line.find(" rows: ") == std::string::npos) {
+    ++count;
     EXPECT_TRUE(host::isValidUtf8(line)) << line;
+    EXPECT_EQ(line.find_first_of("\x1B\t\r"), std::string::npos) << line;
     if (width == 0) width = tools::displayWidth(line);
     EXPECT_EQ(tools::displayWidth(line), width) << line;
   }
-  EXPECT_GT(width, 0u);
+  EXPECT_EQ(count, rows + 1) << table;
 }
 
 TEST(CompanionDatabaseReading, HostileBytesAndAHotJournalAreReadAnyway) {
@@ -169,7 +171,8 @@ TEST(CompanionDatabaseReading, HostileBytesAndAHotJournalAreReadAnyway) {
   // Another writer can store any bytes; these are what such a writer might.
   execSql(device.databaseFile(),
           "INSERT INTO Blacklist (name, phoneNumber) VALUES (CAST(X'626164FF' AS TEXT), '4917'),"
-          " (X'00616200FF', '4930'), ('" + longName + "', '4940');"
+          " (X'00616200FF', '4930'), ('" + longName + "', '4940'),"
+          " ('two' || char(10) || 'lines' || char(27) || '[2J', '4950');"
           "INSERT INTO History (phoneNumber, name, message, date) VALUES"
           " ('4917', 'Ann', CAST(X'68E282' AS TEXT), 1400000000.0);");
   const std::string repaired = "\xEF\xBF\xBD";
@@ -185,20 +188,23 @@ TEST(CompanionDatabaseReading, HostileBytesAndAHotJournalAreReadAnyway) {
   };
 
   auto [blacklist, history] = readAll();
-  ASSERT_EQ(blacklist.size(), 3u);
+  ASSERT_EQ(blacklist.size(), 4u);
   EXPECT_EQ(blacklist[0]["name"], "bad" + repaired);
   EXPECT_EQ(blacklist[1]["name"], std::string("\0ab\0", 4) + repaired);
   EXPECT_EQ(blacklist[2]["name"], longName);
+  EXPECT_EQ(blacklist[3]["name"], "two\nlines\x1B[2J");
   ASSERT_EQ(history.size(), 1u);
   EXPECT_EQ(history[0]["message"], "h" + repaired);
 
-  // The text tables cut the long name between characters and stay aligned.
+  // The text tables cut the long name between characters, show control
+  // characters as U+FFFD, and stay aligned.
   std::string out;
   ASSERT_EQ(ctl(device.path(), {"blacklist", "list"}, &out), 0);
-  expectAlignedTable(out);
+  expectAlignedTable(out, 4);
+  EXPECT_NE(out.find("two" + repaired + "lines" + repaired + "[2J"), std::string::npos) << out;
   EXPECT_NE(out.find(tools::cutToWidth(longName, 47) + "~"), std::string::npos) << out;
   ASSERT_EQ(model({"history", "--root", device.path()}, &out), 0);
-  expectAlignedTable(out);
+  expectAlignedTable(out, 1);
 
   // A writer killed in the middle of a transaction that replaced the whole
   // blacklist, after its changes reached the file: the readers roll the

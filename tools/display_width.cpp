@@ -66,4 +66,12 @@ std::string cutToWidth(std::string_view utf8, std::size_t columns) {
   return host::toUtf8(text.substr(0, end));
 }
 
+std::string printable(std::string_view utf8) {
+  host::Text text = host::fromUtf8(utf8);
+  for (char16_t& unit : text) {
+    if (unit < 0x20 || (unit >= 0x7F && unit <= 0x9F)) unit = 0xFFFD;
+  }
+  return host::toUtf8(text);
+}
+
 }  // namespace hushwall::tools

@@ -21,6 +21,11 @@ std::size_t displayWidth(std::string_view utf8);
 // characters and never between a character and the marks that follow it.
 std::string cutToWidth(std::string_view utf8, std::size_t columns);
 
+// `utf8` with each control character (C0, DEL, C1: line breaks, tabs,
+// terminal escapes) shown as U+FFFD, so that a cell from another writer
+// stays on its line and moves no cursor.
+std::string printable(std::string_view utf8);
+
 }  // namespace hushwall::tools
 
 #endif  // HUSHWALL_TOOLS_DISPLAY_WIDTH_H_

@@ -71,7 +71,7 @@ void printTable(std::ostream& out, const nlohmann::json& rows,
                 const std::vector<std::string>& columns) {
   auto cell = [](const nlohmann::json& v) {
     if (v.is_null()) return std::string("NULL");
-    if (v.is_string()) return v.get<std::string>();
+    if (v.is_string()) return printable(v.get<std::string>());
     if (v.is_number_float()) {
       std::ostringstream s;
       s << std::fixed << std::setprecision(1) << v.get<double>();
@@ -81,7 +81,7 @@ void printTable(std::ostream& out, const nlohmann::json& rows,
   };
   std::vector<std::size_t> widths;
   for (const auto& c : columns) {
-    std::size_t w = displayWidth(c);
+    std::size_t w = displayWidth(printable(c));
     for (const auto& r : rows) w = std::max(w, displayWidth(cell(r.value(c, nlohmann::json()))));
     widths.push_back(std::min<std::size_t>(w, 48));
   }
@@ -93,7 +93,7 @@ void printTable(std::ostream& out, const nlohmann::json& rows,
     }
     out << "\n";
   };
-  line([&](std::size_t i) { return columns[i]; });
+  line([&](std::size_t i) { return printable(columns[i]); });
   for (const auto& r : rows) line([&](std::size_t i) { return cell(r.value(columns[i], nlohmann::json())); });
 }
 
