@@ -206,6 +206,13 @@ TEST(CompanionDatabaseReading, HostileBytesAndAHotJournalAreReadAnyway) {
   EXPECT_NE(out.find(tools::cutToWidth(longName, 47) + "~"), std::string::npos) << out;
   ASSERT_EQ(model({"history", "--root", device.path()}, &out), 0);
   expectAlignedTable(out, 1);
+  // A picture folder another writer named with bad bytes is listed too.
+  const std::string folder = device.native("/var/mobile/Library/Preferences/Hushwall/49\xFF");
+  fs::create_directories(folder);
+  std::ofstream(folder + "/p.png") << "png";
+  ASSERT_EQ(ctl(device.path(), {"pictures", "--json"}, &out), 0);
+  EXPECT_EQ(nlohmann::json::parse(out).at(0).at("path"),
+            "var/mobile/Library/Preferences/Hushwall/49" + repaired + "/p.png");
 
   // A writer killed in the middle of a transaction that replaced the whole
   // blacklist, after its changes reached the file: the readers roll the
