@@ -5,6 +5,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fcntl.h>
+
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -36,6 +38,8 @@ class Ctl {
     if (::pipe(out) != 0 || ::pipe(err) != 0) throw std::runtime_error("pipe failed");
     pid_ = ::fork();
     if (pid_ == 0) {
+      // Never the test's terminal: nobody is there to answer a question.
+      ::dup2(::open("/dev/null", O_RDONLY), 0);
       ::dup2(out[1], 1), ::dup2(err[1], 2);
       ::close(out[0]), ::close(err[0]), ::close(out[1]), ::close(err[1]);
       std::vector<char*> argv;
@@ -198,6 +202,8 @@ TEST(Hushwallctl, BlacklistRoundTripAnnouncesEachChange) {
     EXPECT_EQ(run(device.root, {"blacklist", "add", bad}, nullptr, &err), 2) << bad;
     EXPECT_NE(err.find("malformed phone number"), std::string::npos) << err;
   }
+  EXPECT_EQ(run(device.root, {"blacklist", "add", "4930999", "--name", "Again"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("'4930999' is already on the blacklist"), std::string::npos) << err;
   EXPECT_EQ(list().size(), 1u);
   device.settle(kContactsChangedNotification, changed, 3);
 }
@@ -238,6 +244,47 @@ TEST(Hushwallctl, HistoryAndPicturesAreListed) {
   EXPECT_EQ(nlohmann::json::parse(out),
             nlohmann::json::parse(R"([{"path":")" + prefix + R"(4917/4917-1.000000.png","size":4},
                                       {"path":")" + prefix + R"(4930/4930-2.000000.png","size":10}])"));
+}
+
+TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
+  RunningDevice device;
+  int* changed = device.observe(kNewMessagedAddedNotification);
+  const std::string data = "/var/mobile/Library/Preferences/Hushwall";
+  fs::create_directories(device.root.native(data + "/4917"));
+  std::ofstream(device.root.native(data + "/4917/4917-1.000000.png")) << "png";
+  std::ofstream(device.root.native(data + "/4917/4917-2.000000.png")) << "png";
+  execSql(device.root.databaseFile(),
+          "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType, mediaFileName,"
+          " mediaURL, isMine) VALUES ('4917', 'Spam', 'one', 1400000000, 0, 1, '" + data +
+          "/4917/4917-1.000000.png', '', 0), ('4917', 'Spam', 'two', 1400000001, 0, 1, '" + data +
+          "/4917/4917-2.000000.png', '', 0), ('4930', 'Bob', 'three', 1400000002, 2, 0, '', '', 0);");
+  auto rows = [&] { return readHistoryRows(device.root.databaseFile()).size(); };
+
+  // Without a terminal to ask on, only --yes deletes.
+  std::string out, err;
+  EXPECT_EQ(run(device.root, {"history", "clear"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("add --yes"), std::string::npos) << err;
+  EXPECT_EQ(run(device.root, {"history", "delete", "1"}), 2);
+  EXPECT_EQ(rows(), 3u);
+
+  ASSERT_EQ(run(device.root, {"history", "delete", "1", "--yes"}), 0);
+  EXPECT_FALSE(fs::exists(device.root.native(data + "/4917/4917-1.000000.png")));
+  EXPECT_TRUE(fs::exists(device.root.native(data + "/4917/4917-2.000000.png")));
+  EXPECT_EQ(run(device.root, {"history", "delete", "1", "--yes"}, nullptr, &err), 1);
+  EXPECT_NE(err.find("no history row 1"), std::string::npos) << err;
+
+  ASSERT_EQ(run(device.root, {"history"}, &out), 0);
+  EXPECT_NE(out.find("Bob (4930)\n  3\t"), std::string::npos) << out;
+  EXPECT_NE(out.find("\tnotification\t\tBob: three\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("\tincoming\tpicture\tSpam: two\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("History rows: 2"), std::string::npos) << out;
+
+  ASSERT_EQ(run(device.root, {"history", "clear", "--yes"}, &out), 0);
+  EXPECT_NE(out.find("deleted 2 history rows and 1 pictures"), std::string::npos) << out;
+  EXPECT_EQ(rows(), 0u);
+  EXPECT_FALSE(fs::exists(device.root.native(data + "/4917")));
+  EXPECT_TRUE(fs::exists(device.root.databaseFile()));
+  device.settle(kNewMessagedAddedNotification, changed, 2);
 }
 
 TEST(Hushwallctl, WatchPrintsEachHistoryChange) {
