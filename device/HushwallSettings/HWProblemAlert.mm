@@ -1,0 +1,12 @@
+#include "HWProblemAlert.h"
+
+#include "HWSettingsServices.h"
+
+void HWShowProblem(UIViewController* controller, const std::string& message) {
+  UIAlertController* alert =
+      [UIAlertController alertControllerWithTitle:@"Hushwall"
+                                          message:hushwall::settings::ns(message)
+                                   preferredStyle:UIAlertControllerStyleAlert];
+  [alert addAction:[UIAlertAction actionWithTitle:@"OK" style:UIAlertActionStyleCancel handler:nil]];
+  [controller presentViewController:alert animated:YES completion:nil];
+}
