@@ -1,5 +1,7 @@
 #include "HWSettingsServices.h"
 
+#include <memory>
+
 #include "platform/darwin/device_services.h"
 #include "startup/notification_names.h"
 
@@ -18,15 +20,17 @@ host::NotifyCenter& notifications() {
 }
 
 companion::DateFormat localeDateFormat() {
-  return [](double secondsSince1970) {
-    NSDateFormatter* formatter = [[NSDateFormatter alloc] init];
-    [formatter setLocale:[NSLocale currentLocale]];
-    [formatter setDateStyle:NSDateFormatterMediumStyle];
-    [formatter setTimeStyle:NSDateFormatterShortStyle];
-    std::string text =
-        utf8([formatter stringFromDate:[NSDate dateWithTimeIntervalSince1970:secondsSince1970]]);
-    [formatter release];
-    return text;
+  // One formatter for the whole list: making one costs far more than using
+  // it, and a history holds thousands of rows. Released with the last copy
+  // of the function.
+  NSDateFormatter* made = [[NSDateFormatter alloc] init];
+  [made setLocale:[NSLocale currentLocale]];
+  [made setDateStyle:NSDateFormatterMediumStyle];
+  [made setTimeStyle:NSDateFormatterShortStyle];
+  std::shared_ptr<void> formatter(made, [](void* object) { [(NSDateFormatter*)object release]; });
+  return [formatter](double secondsSince1970) {
+    NSDate* date = [NSDate dateWithTimeIntervalSince1970:secondsSince1970];
+    return utf8([(NSDateFormatter*)formatter.get() stringFromDate:date]);
   };
 }
 
