@@ -1,7 +1,7 @@
 #include "HWBlacklistController.h"
 
 #include "HWAttempt.h"
-#include "HWProblemAlert.h"
+#include "HWScreenParts.h"
 #include "HWSettingsServices.h"
 
 using hushwall::companion::BlacklistEditor;
@@ -12,12 +12,6 @@ namespace {
 
 BlacklistEditor editor() {
   return BlacklistEditor(hushwall::settings::files(), hushwall::settings::notifications());
-}
-
-UILabel* emptyStateLabel() {
-  UILabel* label = [[[UILabel alloc] init] autorelease];
-  [label setText:@"No blocked numbers. Tap + to add one."];
-  return label;
 }
 
 }  // namespace
@@ -53,7 +47,8 @@ UILabel* emptyStateLabel() {
     _entries->clear();
     HWShowProblem(self, *problem);
   }
-  [[self tableView] setBackgroundView:_entries->empty() ? emptyStateLabel() : nil];
+  UILabel* empty = HWEmptyStateLabel(@"No blocked numbers. Tap + to add one.");
+  [[self tableView] setBackgroundView:_entries->empty() ? empty : nil];
   [[self tableView] reloadData];
 }
 

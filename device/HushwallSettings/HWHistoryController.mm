@@ -1,7 +1,7 @@
 #include "HWHistoryController.h"
 
 #include "HWAttempt.h"
-#include "HWProblemAlert.h"
+#include "HWScreenParts.h"
 #include "HWSettingsServices.h"
 
 using hushwall::companion::BlockKind;
@@ -23,12 +23,6 @@ NSString* kindTitle(BlockKind kind) {
     case BlockKind::kIncoming: break;
   }
   return @"Blocked message";
-}
-
-UILabel* emptyStateLabel() {
-  UILabel* label = [[[UILabel alloc] init] autorelease];
-  [label setText:@"No blocked messages."];
-  return label;
 }
 
 }  // namespace
@@ -85,7 +79,8 @@ UILabel* emptyStateLabel() {
     _sections->clear();
     HWShowProblem(self, *problem);
   }
-  [[self tableView] setBackgroundView:_sections->empty() ? emptyStateLabel() : nil];
+  UILabel* empty = HWEmptyStateLabel(@"No blocked messages.");
+  [[self tableView] setBackgroundView:_sections->empty() ? empty : nil];
   [[[self navigationItem] rightBarButtonItem] setEnabled:!_sections->empty()];
   [[self tableView] reloadData];
 }

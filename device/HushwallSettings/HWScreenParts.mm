@@ -1,4 +1,4 @@
-#include "HWProblemAlert.h"
+#include "HWScreenParts.h"
 
 #include "HWSettingsServices.h"
 
@@ -9,4 +9,10 @@ void HWShowProblem(UIViewController* controller, const std::string& message) {
                                    preferredStyle:UIAlertControllerStyleAlert];
   [alert addAction:[UIAlertAction actionWithTitle:@"OK" style:UIAlertActionStyleCancel handler:nil]];
   [controller presentViewController:alert animated:YES completion:nil];
+}
+
+UILabel* HWEmptyStateLabel(NSString* text) {
+  UILabel* label = [[[UILabel alloc] init] autorelease];
+  [label setText:text];
+  return label;
 }
