@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <fcntl.h>
+#include <pty.h>
 
 #include <chrono>
 #include <filesystem>
@@ -101,6 +102,44 @@ int run(const TempDeviceRoot& root, std::vector<std::string> args, std::string* 
   if (out) *out = ctl.out;
   if (err) *err = ctl.err;
   return status;
+}
+
+// Runs hushwallctl on a terminal of its own, as a user at a shell would,
+// typing `answer` once it has asked; returns the exit status and what the
+// terminal showed.
+int runOnTerminal(const TempDeviceRoot& root, std::vector<std::string> args, const std::string& answer,
+                  std::string* shown) {
+  args.insert(args.begin(), {HUSHWALLCTL_PATH, "--root", root.path()});
+  int terminal = -1;
+  pid_t pid = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (pid < 0) throw std::runtime_error("forkpty failed");
+  if (pid == 0) {
+    std::vector<char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    ::execv(argv[0], argv.data());
+    ::_exit(127);
+  }
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  bool answered = false;
+  for (;;) {
+    pollfd poll{terminal, POLLIN, 0};
+    if (::poll(&poll, 1, 100) > 0) {
+      char buffer[512];
+      ssize_t n = ::read(terminal, buffer, sizeof buffer);
+      if (n <= 0) break;  // the program ended and closed its side
+      shown->append(buffer, static_cast<std::size_t>(n));
+    }
+    if (!answered && shown->find("[y/N]") != std::string::npos) {
+      const std::string line = answer + "\n";
+      answered = ::write(terminal, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    }
+    if (std::chrono::steady_clock::now() > deadline) ::kill(pid, SIGKILL);
+  }
+  ::close(terminal);
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 std::string fileBytes(const std::string& path) {
@@ -266,6 +305,16 @@ TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
   EXPECT_NE(err.find("add --yes"), std::string::npos) << err;
   EXPECT_EQ(run(device.root, {"history", "delete", "1"}), 2);
   EXPECT_EQ(rows(), 3u);
+  // On a terminal it asks, and only "y" or "yes" goes ahead.
+  std::string shown;
+  EXPECT_EQ(runOnTerminal(device.root, {"history", "clear"}, "n", &shown), 1);
+  EXPECT_NE(shown.find("Delete every history row and every saved picture? [y/N]"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("not confirmed; nothing changed"), std::string::npos) << shown;
+  EXPECT_EQ(rows(), 3u);
+  shown.clear();
+  ASSERT_EQ(runOnTerminal(device.root, {"history", "delete", "3"}, "yes", &shown), 0) << shown;
+  EXPECT_NE(shown.find("deleted history row 3"), std::string::npos) << shown;
+  EXPECT_EQ(rows(), 2u);
 
   ASSERT_EQ(run(device.root, {"history", "delete", "1", "--yes"}), 0);
   EXPECT_FALSE(fs::exists(device.root.native(data + "/4917/4917-1.000000.png")));
@@ -273,6 +322,9 @@ TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
   EXPECT_EQ(run(device.root, {"history", "delete", "1", "--yes"}, nullptr, &err), 1);
   EXPECT_NE(err.find("no history row 1"), std::string::npos) << err;
 
+  execSql(device.root.databaseFile(),
+          "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType, mediaFileName,"
+          " mediaURL, isMine) VALUES ('4930', 'Bob', 'three', 1400000002, 2, 0, '', '', 0);");
   ASSERT_EQ(run(device.root, {"history"}, &out), 0);
   EXPECT_NE(out.find("Bob (4930)\n  3\t"), std::string::npos) << out;
   EXPECT_NE(out.find("\tnotification\t\tBob: three\n"), std::string::npos) << out;
@@ -284,7 +336,7 @@ TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
   EXPECT_EQ(rows(), 0u);
   EXPECT_FALSE(fs::exists(device.root.native(data + "/4917")));
   EXPECT_TRUE(fs::exists(device.root.databaseFile()));
-  device.settle(kNewMessagedAddedNotification, changed, 2);
+  device.settle(kNewMessagedAddedNotification, changed, 3);
 }
 
 TEST(Hushwallctl, WatchPrintsEachHistoryChange) {
