@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/text.h"
 #include "host/value.h"
@@ -36,6 +37,9 @@ class FileSystem {
   // (XML or binary) when its root is a dictionary; nothing when the file is
   // missing, unreadable, corrupt or has another root.
   virtual std::optional<Dict> dictionaryWithContentsOfFile(const Text& devicePath) = 0;
+  // contentsOfDirectoryAtPath:error: the names in a folder (not "." or
+  // ".."), in no particular order; nothing when it is not a readable folder.
+  virtual std::optional<std::vector<Text>> contentsOfDirectory(const Text& devicePath) = 0;
 };
 
 }  // namespace hushwall::host

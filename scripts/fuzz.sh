@@ -13,7 +13,7 @@ seconds=${1:-20}
 build=$("$here/scripts/configure-sanitized.sh")
 
 targets=(notification_text bulletin_context settings_file unformatted_number scenario command_line
-         database_rows)
+         database_rows display_text)
 cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
 
 export LSAN_OPTIONS="suppressions=$here/scripts/lsan.supp:print_suppressions=0"

@@ -14,7 +14,6 @@
 #include "sim/json_values.h"
 #include "startup/settings.h"
 #include "tools/device_root.h"
-#include "tools/history_table.h"
 
 namespace hushwall::sim {
 namespace {
@@ -81,9 +80,6 @@ void prepareDevice(const std::string& root, const Scenario& scenario,
   if (scenario.chatStorage) writeChatStorage(root, *scenario.chatStorage);
   if (!scenario.blacklist.empty()) {
     fs::copy_file(templateDatabase, inRoot(root, std::string(kDataDirectory) + kDatabaseComponent));
-    for (const BlacklistEntry& entry : scenario.blacklist) {
-      tools::insertBlacklistRow(databaseFile(root), entry.name, entry.phoneNumber);
-    }
   }
 }
 

@@ -127,6 +127,38 @@ TEST(HushwallSim, ABlacklistChangeMadeInWhatsAppReachesSpringBoard) {
   EXPECT_EQ(state["device"]["notifications"], json::array({kPrefix + "contactsChanged"}));
 }
 
+// The companion's steps run the settings bundle's own logic: its changes
+// reach both running apps through the announcement alone.
+TEST(HushwallSim, TheSettingsBundlesBlacklistChangesReachBothRunningApps) {
+  SimRun sim;
+  json scenario = {
+      {"settings", settings({"Enabled"})},
+      {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", kSpammer}}}},
+      {"steps",
+       {{{"do", "incoming"}, {"at", kT}, {"stanzas", {text("c1", kCarolJid, "one", kT)}}},
+        {{"do", "blacklistAdd"}, {"phoneNumber", kCarol}, {"name", "Carol"}},
+        {{"do", "incoming"}, {"at", kT + 1}, {"stanzas", {text("c2", kCarolJid, "two", kT + 1)}}},
+        localBulletin("banner", "Carol: two", kCarolJid),
+        {{"do", "blacklistRemove"}, {"phoneNumber", kSpammer}},
+        {{"do", "incoming"}, {"at", kT + 2}, {"stanzas", {text("s1", kSpammerJid, "buy", kT + 2)}}},
+        localBulletin("banner", "Spammer: buy", kSpammerJid)}}};
+  SimResult result = sim.play(scenario);
+  ASSERT_EQ(result.exitCode, 0) << result.errors << result.output;
+  const json& state = result.state;
+  EXPECT_EQ(state["whatsapp"]["delivered"], json::array({json::array({"c1"}), json::array({"s1"})}));
+  EXPECT_EQ(state["whatsapp"]["receipts"], json::array({json::array({"c2"})}));
+  EXPECT_EQ(state["whatsapp"]["blacklistNumbers"], json::array({kCarol}));
+  EXPECT_EQ(state["springboard"]["blacklistNumbers"], json::array({kCarol}));
+  const json& banners = state["springboard"]["shown"]["banner"];
+  ASSERT_EQ(banners.size(), 1u) << "Carol's banner is dropped, the spammer's is shown";
+  EXPECT_EQ(banners[0]["message"], "Spammer: buy");
+  EXPECT_EQ(state["database"]["Blacklist"],
+            json::array({{{"id", 2}, {"name", "Carol"}, {"phoneNumber", kCarol}}}));
+  EXPECT_EQ(state["device"]["notifications"],
+            json::array({kPrefix + "contactsChanged", kPrefix + "newMessagedAdded",
+                         kPrefix + "contactsChanged"}));
+}
+
 TEST(HushwallSim, SpringBoardSeedsTheDatabaseAndRestartedAppsReadItAfresh) {
   SimRun sim;
   json scenario = {

@@ -7,15 +7,16 @@
 #include <optional>
 #include <set>
 
+#include "companion/blacklist_editor.h"
 #include "platform/linux/dbus_daemon.h"
 #include "platform/linux/dbus_notify_center.h"
+#include "platform/linux/device_root_file_system.h"
 #include "sim/app_process.h"
 #include "sim/child_cleanup.h"
 #include "sim/device_setup.h"
 #include "sim/final_state.h"
 #include "sim/notification_recorder.h"
 #include "startup/notification_names.h"
-#include "tools/history_table.h"
 
 namespace hushwall::sim {
 namespace {
@@ -48,9 +49,15 @@ class Simulation {
     chats_ = initialChats(scenario_);
     bus_ = std::make_unique<RunningBus>(root_);
     transcript_.say("bus", "dbus-daemon listening (pid " + std::to_string(bus_->bus.pid()) + ")");
-    recorder_ = std::make_unique<NotificationRecorder>(bus_->bus.address());
     companion_ = std::make_unique<linux_platform::DBusNotifyCenter>(bus_->bus.address());
     posters_[companion_->uniqueName()] = "companion";
+    // The scenario's blacklist, written as the settings bundle writes it,
+    // before anything listens: the apps read it in full when they start.
+    for (const BlacklistEntry& entry : scenario_.blacklist) {
+      blacklist().add(entry.phoneNumber, entry.name);
+    }
+    companion_->roundTripToBus();
+    recorder_ = std::make_unique<NotificationRecorder>(bus_->bus.address());
     for (const char* app : kApps) start(app);
     settle(nullptr);
     files_ = {{"database", databaseState(root_)}, {"pictures", savedPictures(root_)}};
@@ -195,6 +202,9 @@ class Simulation {
     transcript_.say(app, how);
   }
 
+  // The settings bundle's logic, announcing on the device's bus.
+  companion::BlacklistEditor blacklist() { return companion::BlacklistEditor(files_system_, *companion_); }
+
   // What the settings bundle does: files first, then the announcement.
   void companion(const Step& step) {
     const json& body = step.body;
@@ -205,15 +215,13 @@ class Simulation {
         companion_->post(kSettingsChangedNotification);
       } else if (step.kind == "blacklistAdd") {
         const std::string number = body["phoneNumber"].get<std::string>();
-        tools::insertBlacklistRow(databaseFile(root_), body.value("name", ""), number);
+        blacklist().add(number, body.value("name", ""));
         transcript_.say("companion", "adds " + number + " to the blacklist");
-        companion_->post(kContactsChangedNotification);
       } else if (step.kind == "blacklistRemove") {
         const std::string number = body["phoneNumber"].get<std::string>();
-        int rows = tools::deleteBlacklistRows(databaseFile(root_), number);
+        int rows = blacklist().removeNumber(number);
         transcript_.say("companion", "removes " + number + " from the blacklist (" +
                                          std::to_string(rows) + (rows == 1 ? " row)" : " rows)"));
-        companion_->post(kContactsChangedNotification);
       } else if (step.kind == "post") {
         companion_->post(body["name"].get<std::string>());
       }
@@ -272,6 +280,7 @@ class Simulation {
   std::unique_ptr<RunningBus> bus_;
   std::unique_ptr<NotificationRecorder> recorder_;
   std::unique_ptr<linux_platform::DBusNotifyCenter> companion_;
+  linux_platform::DeviceRootFileSystem files_system_{root_};
   std::map<std::string, std::unique_ptr<AppProcess>> apps_;
 };
 

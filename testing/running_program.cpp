@@ -1,5 +1,6 @@
 #include "testing/running_program.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -16,6 +17,8 @@ RunningProgram::RunningProgram(std::vector<std::string> argv) {
   if (::pipe(out) != 0 || ::pipe(err) != 0) throw std::runtime_error("pipe failed");
   pid_ = ::fork();
   if (pid_ == 0) {
+    // Never the test's terminal: nobody is there to answer a question.
+    ::dup2(::open("/dev/null", O_RDONLY), 0);
     ::dup2(out[1], 1), ::dup2(err[1], 2);
     ::close(out[0]), ::close(err[0]), ::close(out[1]), ::close(err[1]);
     std::vector<char*> args;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "companion/phone_number_rule.h"
 #include "host/text.h"
 
 namespace hushwall::tools {
@@ -19,15 +20,8 @@ void requireUtf8Arguments(int argc, const char* const* argv) {
   }
 }
 
-// Entries cover every number that contains them, as written, so anything but
-// a number's own characters would make an entry that never matches.
 void checkPhoneNumber(const std::string& number) {
-  const std::string allowed = "0123456789+ -()./";
-  if (number.empty() || number.find_first_not_of(allowed) != std::string::npos ||
-      number.find_first_of("0123456789") == std::string::npos) {
-    throw std::invalid_argument("malformed phone number '" + host::repairUtf8(number) +
-                                "': use digits, with '+', spaces, '-', '(', ')', '.' or '/'");
-  }
+  if (auto problem = companion::phoneNumberProblem(number)) throw std::invalid_argument(*problem);
 }
 
 std::string watchCountError(const std::string& word) {

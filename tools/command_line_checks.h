@@ -16,8 +16,8 @@ namespace hushwall::tools {
 // text. The message shows the word with its bad bytes replaced.
 void requireUtf8Arguments(int argc, const char* const* argv);
 
-// A blacklist entry: digits, with '+', spaces, '-', '(', ')', '.' or '/', and
-// at least one digit.
+// A blacklist entry, by the settings bundle's own rule (digits, with '+',
+// spaces, '-', '(', ')', '.' or '/', and at least one digit).
 void checkPhoneNumber(const std::string& number);
 
 // `watch --count`: a whole number from 0 to kMaxWatchCount, in decimal.

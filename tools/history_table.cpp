@@ -97,26 +97,4 @@ void printTable(std::ostream& out, const nlohmann::json& rows,
   for (const auto& r : rows) line([&](std::size_t i) { return cell(r.value(columns[i], nlohmann::json())); });
 }
 
-void insertBlacklistRow(const std::string& databaseFile, const std::string& name,
-                        const std::string& phoneNumber) {
-  DbPtr db = openDatabase(databaseFile, SQLITE_OPEN_READWRITE);
-  StmtPtr insert = prepare(db.get(), "INSERT INTO Blacklist (name, phoneNumber) VALUES (?,?)");
-  sqlite3_bind_text(insert.get(), 1, name.c_str(), -1, SQLITE_TRANSIENT);
-  sqlite3_bind_text(insert.get(), 2, phoneNumber.c_str(), -1, SQLITE_TRANSIENT);
-  if (sqlite3_step(insert.get()) != SQLITE_DONE) {
-    throw std::runtime_error(std::string("cannot add to the blacklist: ") + sqlite3_errmsg(db.get()));
-  }
-}
-
-int deleteBlacklistRows(const std::string& databaseFile, const std::string& phoneNumber) {
-  DbPtr db = openDatabase(databaseFile, SQLITE_OPEN_READWRITE);
-  StmtPtr remove = prepare(db.get(), "DELETE FROM Blacklist WHERE phoneNumber = ?");
-  sqlite3_bind_text(remove.get(), 1, phoneNumber.c_str(), -1, SQLITE_TRANSIENT);
-  if (sqlite3_step(remove.get()) != SQLITE_DONE) {
-    throw std::runtime_error(std::string("cannot remove from the blacklist: ") +
-                             sqlite3_errmsg(db.get()));
-  }
-  return sqlite3_changes(db.get());
-}
-
 }  // namespace hushwall::tools

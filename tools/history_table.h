@@ -22,14 +22,6 @@ const std::vector<std::string>& historyColumns();
 void printTable(std::ostream& out, const nlohmann::json& rows,
                 const std::vector<std::string>& columns);
 
-// Adds one Blacklist row, as the settings bundle does.
-void insertBlacklistRow(const std::string& databaseFile, const std::string& name,
-                        const std::string& phoneNumber);
-
-// Deletes every Blacklist row whose phoneNumber is exactly `phoneNumber`, as
-// the settings bundle does; returns how many rows went.
-int deleteBlacklistRows(const std::string& databaseFile, const std::string& phoneNumber);
-
 }  // namespace hushwall::tools
 
 #endif  // HUSHWALL_TOOLS_HISTORY_TABLE_H_

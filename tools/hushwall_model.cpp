@@ -13,6 +13,7 @@
 #include <iostream>
 #include <iterator>
 
+#include "companion/blacklist_editor.h"
 #include "model/hushwall.h"
 #include "model/paths.h"
 #include "platform/linux/plist_file.h"
@@ -141,7 +142,6 @@ int demo(const std::string& requestedRoot, const std::string& templateDb) {
                                    {{T("Enabled"), host::Value::boolean(true)},
                                     {T("ShowStatusbarIcon"), host::Value::boolean(true)},
                                     {T("Vibrate"), host::Value::boolean(true)}});
-  insertBlacklistRow(root + toUtf8(databasePath()), "Mallory", "4917012345");
   linux_platform::writeContactsVCard(root + linux_platform::kContactsVCardPath,
                                      {"+4930999000", "+34 612 345 678"});
 
@@ -150,6 +150,9 @@ int demo(const std::string& requestedRoot, const std::string& templateDb) {
     int historyPosts = 0;
     host::env().notifyCenter->addObserver(kNewMessagedAddedNotification, [&] { ++historyPosts; },
                                           host::SuspensionBehavior::kHold);
+    // What the settings bundle wrote before anything ran.
+    companion::BlacklistEditor(*host::env().fileSystem, *host::env().notifyCenter)
+        .add("4917012345", "Mallory");
     loadLikeStartUp(session);
     std::cout << "  device bus " << linux_platform::deviceBusAddress(session.root()) << "\n";
 
@@ -158,8 +161,8 @@ int demo(const std::string& requestedRoot, const std::string& templateDb) {
     printBlacklist();
 
     std::cout << "\n== The settings bundle adds a number and announces it\n";
-    insertBlacklistRow(root + toUtf8(databasePath()), "Spam", "+44 20");
-    host::env().notifyCenter->post(kContactsChangedNotification);
+    companion::BlacklistEditor(*host::env().fileSystem, *host::env().notifyCenter)
+        .add("+44 20", "Spam");
     session.runLoop();
     printBlacklist();
     std::cout << "  note: '+44 20' is kept as written, so it covers only numbers that contain it "

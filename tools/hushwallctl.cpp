@@ -8,11 +8,13 @@
 // library's logic.
 //
 // Exit status: 0 done; 1 the device could not do it (no database, no such
-// blacklist entry, an unreadable settings file, fewer notifications than
-// awaited); 2 a bad command line (unknown key, bad value, malformed number,
+// blacklist entry or history row, an unreadable settings file, fewer
+// notifications than awaited, a change the user did not confirm); 2 a bad
+// command line (unknown key, bad value, malformed or already listed number,
 // bad notification name, text that is not UTF-8, a root that is not a
-// device, a root too long for the bus socket), where nothing is changed; 3
-// the device's bus is not running.
+// device, a root too long for the bus socket, an unconfirmed deletion without
+// a terminal to ask on), where nothing is changed; 3 the device's bus is not
+// running.
 //
 // A change is written before it is announced. When the bus is not running
 // the change stays and the status is 3: nothing is lost, since every process
@@ -31,18 +33,24 @@
 
 #include <sdbus-c++/Error.h>
 
+#include "companion/blacklist_editor.h"
+#include "companion/history_list.h"
 #include "host/text.h"
 #include "model/paths.h"
 #include "platform/linux/dbus_notify_center.h"
 #include "platform/linux/device_bus_address.h"
+#include "platform/linux/device_root_file_system.h"
 #include "platform/linux/file_lock.h"
 #include "platform/linux/plist_file.h"
 #include "startup/notification_names.h"
 #include "startup/settings.h"
 #include "tools/command_line_checks.h"
+#include "tools/confirmation.h"
 #include "tools/device_root.h"
+#include "tools/display_width.h"
 #include "tools/device_session.h"
 #include "tools/history_table.h"
+#include "tools/locale_date.h"
 #include "tools/settings_assignments.h"
 
 namespace hushwall::tools {
@@ -152,27 +160,82 @@ void showSettings(const Device& device, bool json) {
   for (const auto& [key, value] : entries.items()) std::cout << key << " = " << value.dump() << "\n";
 }
 
-// --- blacklist --------------------------------------------------------------
+// --- blacklist and history ---------------------------------------------------
+
+// The settings bundle's own logic does the work, as on the phone; what it
+// announces goes out on the device's bus, connected only once a change is
+// on disk.
+class Announcer : public host::NotifyCenter {
+ public:
+  explicit Announcer(const Device& device) : device_(device) {}
+  void post(const std::string& name) override { announce(device_, name); }
+  void addObserver(const std::string&, Callback, host::SuspensionBehavior) override {
+    throw std::logic_error("the companion's logic only posts");
+  }
+
+ private:
+  const Device& device_;
+};
+
+// A change through it checks first that the root's bus address can be
+// formed: a change that could never be announced is refused unwritten.
+struct Companion {
+  explicit Companion(const Device& device) : files(device.root()), announcer(device) {
+    device.databaseFile();  // the same report as the listings when there is none
+  }
+  linux_platform::DeviceRootFileSystem files;
+  Announcer announcer;
+  companion::BlacklistEditor blacklist{files, announcer};
+  companion::HistoryList history{files, announcer, localeDate};
+};
 
 void addToBlacklist(const Device& device, const std::string& number, const std::string& name) {
-  checkPhoneNumber(number);
   device.checkBusAddress();
-  insertBlacklistRow(device.databaseFile(), name, number);
+  Companion companion(device);
+  companion.blacklist.add(number, name);
   std::cout << "added " << number << " (" << name << ") to the blacklist\n";
-  announce(device, kContactsChangedNotification);
 }
 
 void removeFromBlacklist(const Device& device, const std::string& number) {
-  checkPhoneNumber(number);
   device.checkBusAddress();
-  int removed = deleteBlacklistRows(device.databaseFile(), number);
-  if (removed == 0) {
-    throw std::runtime_error("'" + number +
-                             "' is not on the blacklist (entries match only as written); nothing removed");
-  }
+  Companion companion(device);
+  const int removed = companion.blacklist.removeNumber(number);
   std::cout << "removed " << number << " from the blacklist (" << removed << " row"
             << (removed == 1 ? "" : "s") << ")\n";
-  announce(device, kContactsChangedNotification);
+}
+
+// The history as the settings bundle's screen shows it: by number, newest
+// first, dates in the user's locale.
+void showHistory(const Device& device) {
+  Companion companion(device);
+  std::size_t rows = 0;
+  for (const companion::HistorySection& section : companion.history.sections()) {
+    std::cout << printable(section.title) << "\n";
+    for (const companion::HistoryEntry& entry : section.entries) {
+      // A name or text with line breaks or terminal escapes stays on its line.
+      std::cout << "  " << entry.id << "\t" << entry.date << "\t" << blockKindName(entry.kind)
+                << (entry.hasPicture ? "\tpicture\t" : "\t\t") << printable(entry.name) << ": "
+                << printable(entry.message) << "\n";
+      ++rows;
+    }
+  }
+  std::cout << "History rows: " << rows << "\n";
+}
+
+void deleteHistoryRow(const Device& device, std::int64_t id, bool yes) {
+  device.checkBusAddress();
+  Companion companion(device);
+  confirm("Delete history row " + std::to_string(id) + " and its picture?", yes);
+  companion.history.remove(id);
+  std::cout << "deleted history row " << id << "\n";
+}
+
+void clearHistory(const Device& device, bool yes) {
+  device.checkBusAddress();
+  Companion companion(device);
+  confirm("Delete every history row and every saved picture?", yes);
+  companion::ClearedHistory cleared = companion.history.clear();
+  std::cout << "deleted " << cleared.rows << " history rows and " << cleared.pictures << " pictures\n";
 }
 
 void listTable(const Device& device, const std::string& table, const std::vector<std::string>& columns,
@@ -251,7 +314,8 @@ int main(int argc, char** argv) {
 
   std::vector<std::string> words;
   std::string number, name = "Anonymous", notification;
-  bool json = false;
+  bool json = false, yes = false;
+  std::int64_t historyId = 0;
   std::optional<int> count;
   std::optional<double> timeout;
 
@@ -278,8 +342,13 @@ int main(int argc, char** argv) {
   icon->require_subcommand(1);
   auto* iconHide = icon->add_subcommand("hide", "ask SpringBoard to hide it");
 
-  auto* history = app.add_subcommand("history", "print the block history");
+  auto* history = app.add_subcommand("history", "print the block history, or change it");
   history->add_flag("--json", json, "print JSON rows");
+  auto* historyDelete = history->add_subcommand("delete", "delete one row and its picture");
+  historyDelete->add_option("id", historyId, "the row's id")->required();
+  historyDelete->add_flag("--yes", yes, "do not ask (needed when stdin is not a terminal)");
+  auto* historyClear = history->add_subcommand("clear", "delete every row and saved picture");
+  historyClear->add_flag("--yes", yes, "do not ask (needed when stdin is not a terminal)");
   auto* pictures = app.add_subcommand("pictures", "list the saved pictures");
   pictures->add_flag("--json", json, "print JSON");
 
@@ -318,7 +387,15 @@ int main(int argc, char** argv) {
       device.post(what);
       std::cout << "posted " << what << "\n";
     }
-    if (*history) listTable(device, "History", historyColumns(), json);
+    if (*historyDelete) {
+      deleteHistoryRow(device, historyId, yes);
+    } else if (*historyClear) {
+      clearHistory(device, yes);
+    } else if (*history && json) {
+      listTable(device, "History", historyColumns(), json);
+    } else if (*history) {
+      showHistory(device);
+    }
     if (*pictures) listPictures(device, json);
     if (*watchCmd) return watch(device, count, timeout);
     return 0;

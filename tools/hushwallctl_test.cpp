@@ -1,6 +1,13 @@
 // hushwallctl run as a program, against a real device root, database and bus.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -36,6 +43,44 @@ struct Ctl : RunningProgram {
 int run(const TempDeviceRoot& root, std::vector<std::string> args, std::string* out = nullptr,
         std::string* err = nullptr) {
   return runProgram(Ctl::withRoot(root.path(), std::move(args)), out, err);
+}
+
+// Runs hushwallctl on a terminal of its own, as a user at a shell would,
+// typing `answer` once it has asked; returns the exit status and what the
+// terminal showed.
+int runOnTerminal(const TempDeviceRoot& root, std::vector<std::string> args, const std::string& answer,
+                  std::string* shown) {
+  args.insert(args.begin(), {HUSHWALLCTL_PATH, "--root", root.path()});
+  int terminal = -1;
+  pid_t pid = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (pid < 0) throw std::runtime_error("forkpty failed");
+  if (pid == 0) {
+    std::vector<char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    ::execv(argv[0], argv.data());
+    ::_exit(127);
+  }
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  bool answered = false;
+  for (;;) {
+    pollfd poll{terminal, POLLIN, 0};
+    if (::poll(&poll, 1, 100) > 0) {
+      char buffer[512];
+      ssize_t n = ::read(terminal, buffer, sizeof buffer);
+      if (n <= 0) break;  // the program ended and closed its side
+      shown->append(buffer, static_cast<std::size_t>(n));
+    }
+    if (!answered && shown->find("[y/N]") != std::string::npos) {
+      const std::string line = answer + "\n";
+      answered = ::write(terminal, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    }
+    if (std::chrono::steady_clock::now() > deadline) ::kill(pid, SIGKILL);
+  }
+  ::close(terminal);
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 std::string fileBytes(const std::string& path) {
@@ -137,6 +182,8 @@ TEST(Hushwallctl, BlacklistRoundTripAnnouncesEachChange) {
     EXPECT_EQ(run(device.root, {"blacklist", "add", bad}, nullptr, &err), 2) << bad;
     EXPECT_NE(err.find("malformed phone number"), std::string::npos) << err;
   }
+  EXPECT_EQ(run(device.root, {"blacklist", "add", "4930999", "--name", "Again"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("'4930999' is already on the blacklist"), std::string::npos) << err;
   EXPECT_EQ(list().size(), 1u);
   device.settle(kContactsChangedNotification, changed, 3);
 }
@@ -177,6 +224,60 @@ TEST(Hushwallctl, HistoryAndPicturesAreListed) {
   EXPECT_EQ(nlohmann::json::parse(out),
             nlohmann::json::parse(R"([{"path":")" + prefix + R"(4917/4917-1.000000.png","size":4},
                                       {"path":")" + prefix + R"(4930/4930-2.000000.png","size":10}])"));
+}
+
+TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
+  RunningDevice device;
+  int* changed = device.observe(kNewMessagedAddedNotification);
+  const std::string data = "/var/mobile/Library/Preferences/Hushwall";
+  fs::create_directories(device.root.native(data + "/4917"));
+  std::ofstream(device.root.native(data + "/4917/4917-1.000000.png")) << "png";
+  std::ofstream(device.root.native(data + "/4917/4917-2.000000.png")) << "png";
+  execSql(device.root.databaseFile(),
+          "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType, mediaFileName,"
+          " mediaURL, isMine) VALUES ('4917', 'Spam', 'one', 1400000000, 0, 1, '" + data +
+          "/4917/4917-1.000000.png', '', 0), ('4917', 'Spam', 'two', 1400000001, 0, 1, '" + data +
+          "/4917/4917-2.000000.png', '', 0), ('4930', 'Bob', 'three', 1400000002, 2, 0, '', '', 0);");
+  auto rows = [&] { return readHistoryRows(device.root.databaseFile()).size(); };
+
+  // Without a terminal to ask on, only --yes deletes.
+  std::string out, err;
+  EXPECT_EQ(run(device.root, {"history", "clear"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("add --yes"), std::string::npos) << err;
+  EXPECT_EQ(run(device.root, {"history", "delete", "1"}), 2);
+  EXPECT_EQ(rows(), 3u);
+  // On a terminal it asks, and only "y" or "yes" goes ahead.
+  std::string shown;
+  EXPECT_EQ(runOnTerminal(device.root, {"history", "clear"}, "n", &shown), 1);
+  EXPECT_NE(shown.find("Delete every history row and every saved picture? [y/N]"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("not confirmed; nothing changed"), std::string::npos) << shown;
+  EXPECT_EQ(rows(), 3u);
+  shown.clear();
+  ASSERT_EQ(runOnTerminal(device.root, {"history", "delete", "3"}, "yes", &shown), 0) << shown;
+  EXPECT_NE(shown.find("deleted history row 3"), std::string::npos) << shown;
+  EXPECT_EQ(rows(), 2u);
+
+  ASSERT_EQ(run(device.root, {"history", "delete", "1", "--yes"}), 0);
+  EXPECT_FALSE(fs::exists(device.root.native(data + "/4917/4917-1.000000.png")));
+  EXPECT_TRUE(fs::exists(device.root.native(data + "/4917/4917-2.000000.png")));
+  EXPECT_EQ(run(device.root, {"history", "delete", "1", "--yes"}, nullptr, &err), 1);
+  EXPECT_NE(err.find("no history row 1"), std::string::npos) << err;
+
+  execSql(device.root.databaseFile(),
+          "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType, mediaFileName,"
+          " mediaURL, isMine) VALUES ('4930', 'Bob', 'three', 1400000002, 2, 0, '', '', 0);");
+  ASSERT_EQ(run(device.root, {"history"}, &out), 0);
+  EXPECT_NE(out.find("Bob (4930)\n  3\t"), std::string::npos) << out;
+  EXPECT_NE(out.find("\tnotification\t\tBob: three\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("\tincoming\tpicture\tSpam: two\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("History rows: 2"), std::string::npos) << out;
+
+  ASSERT_EQ(run(device.root, {"history", "clear", "--yes"}, &out), 0);
+  EXPECT_NE(out.find("deleted 2 history rows and 1 pictures"), std::string::npos) << out;
+  EXPECT_EQ(rows(), 0u);
+  EXPECT_FALSE(fs::exists(device.root.native(data + "/4917")));
+  EXPECT_TRUE(fs::exists(device.root.databaseFile()));
+  device.settle(kNewMessagedAddedNotification, changed, 3);
 }
 
 TEST(Hushwallctl, WatchPrintsEachHistoryChange) {

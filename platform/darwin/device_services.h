@@ -72,6 +72,7 @@ class FoundationFileSystem : public host::FileSystem {
   bool copyItem(const host::Text& fromDevicePath, const host::Text& toDevicePath) override;
   bool writeAtomically(const host::Text& devicePath, const host::Bytes& bytes) override;
   std::optional<host::Dict> dictionaryWithContentsOfFile(const host::Text& devicePath) override;
+  std::optional<std::vector<host::Text>> contentsOfDirectory(const host::Text& devicePath) override;
 };
 
 // UIAlertView, whose delegate hands the tapped button to the logic.

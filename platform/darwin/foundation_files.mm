@@ -61,6 +61,16 @@ std::optional<host::Dict> FoundationFileSystem::dictionaryWithContentsOfFile(
   return *valueOf(contents).dictionary();
 }
 
+std::optional<std::vector<host::Text>> FoundationFileSystem::contentsOfDirectory(
+    const host::Text& devicePath) {
+  NSArray* names = [[NSFileManager defaultManager] contentsOfDirectoryAtPath:native(devicePath)
+                                                                       error:nullptr];
+  if (names == nil) return std::nullopt;
+  std::vector<host::Text> texts;
+  for (NSString* name in names) texts.push_back(textOf(name));
+  return texts;
+}
+
 host::OptText FoundationBundles::mainBundleIdentifier() {
   NSString* identifier = [[NSBundle mainBundle] bundleIdentifier];
   if (identifier == nil) return std::nullopt;

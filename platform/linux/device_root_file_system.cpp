@@ -64,4 +64,17 @@ std::optional<host::Dict> DeviceRootFileSystem::dictionaryWithContentsOfFile(
   return readPlistDictionary(nativePath(devicePath));
 }
 
+std::optional<std::vector<host::Text>> DeviceRootFileSystem::contentsOfDirectory(
+    const host::Text& devicePath) {
+  std::error_code ec;
+  fs::directory_iterator it(nativePath(devicePath), ec);
+  if (ec) return std::nullopt;
+  std::vector<host::Text> names;
+  for (; it != fs::directory_iterator(); it.increment(ec)) {
+    if (ec) return std::nullopt;
+    names.push_back(host::fromUtf8(it->path().filename().string()));
+  }
+  return names;
+}
+
 }  // namespace hushwall::linux_platform

@@ -23,6 +23,7 @@ class DeviceRootFileSystem : public host::FileSystem {
   bool copyItem(const host::Text& fromDevicePath, const host::Text& toDevicePath) override;
   bool writeAtomically(const host::Text& devicePath, const host::Bytes& bytes) override;
   std::optional<host::Dict> dictionaryWithContentsOfFile(const host::Text& devicePath) override;
+  std::optional<std::vector<host::Text>> contentsOfDirectory(const host::Text& devicePath) override;
 
  private:
   std::string root_;

@@ -1,7 +1,7 @@
-// The UIKit classes the device adapter and the messenger's stand-in use,
-// reduced to the selectors they send. Nothing is drawn: the stand-in device
-// records what would be on screen (stand_in_device.h) and plays the user's
-// taps back.
+// The UIKit classes the device adapter, the messenger's stand-in and the
+// settings bundle's screens use, reduced to the selectors they send. Nothing
+// is drawn: the stand-in device records what would be on screen
+// (stand_in_device.h, stand_in_screens.h) and plays the user's taps back.
 #ifndef HUSHWALL_GNUSTEP_UIKIT_H_
 #define HUSHWALL_GNUSTEP_UIKIT_H_
 
@@ -42,11 +42,240 @@
 - (void)show;
 @end
 
-@interface UILabel : NSObject {
+typedef NS_ENUM(NSInteger, UIViewContentMode) {
+  UIViewContentModeScaleToFill = 0,
+  UIViewContentModeScaleAspectFit = 1,
+};
+
+@interface UIView : NSObject {
+  UIViewContentMode _contentMode;
+}
+- (UIViewContentMode)contentMode;
+- (void)setContentMode:(UIViewContentMode)mode;
+@end
+
+@interface UILabel : UIView {
   NSString* _text;
 }
 - (NSString*)text;
 - (void)setText:(NSString*)text;
+@end
+
+// --- Table screens and what they present -------------------------------
+
+@interface NSIndexPath (UIKitTableRows)
++ (NSIndexPath*)indexPathForRow:(NSInteger)row inSection:(NSInteger)section;
+- (NSInteger)row;
+- (NSInteger)section;
+@end
+
+@interface UIImage : NSObject {
+  NSData* _data;
+}
++ (UIImage*)imageWithContentsOfFile:(NSString*)path;  // nil when unreadable
+@end
+
+@interface UIImageView : UIView {
+  UIImage* _image;
+}
+- (id)initWithImage:(UIImage*)image;
+- (UIImage*)image;
+@end
+
+typedef NS_ENUM(NSInteger, UIBarButtonSystemItem) {
+  UIBarButtonSystemItemDone = 0,
+  UIBarButtonSystemItemAdd = 4,
+  UIBarButtonSystemItemTrash = 16,
+};
+typedef NS_ENUM(NSInteger, UIBarButtonItemStyle) { UIBarButtonItemStylePlain = 0 };
+
+@interface UIBarButtonItem : NSObject {
+  NSString* _title;
+  id _target;
+  SEL _action;
+  BOOL _enabled;
+}
+- (id)initWithBarButtonSystemItem:(UIBarButtonSystemItem)item target:(id)target action:(SEL)action;
+- (id)initWithTitle:(NSString*)title style:(UIBarButtonItemStyle)style target:(id)target
+             action:(SEL)action;
+- (NSString*)title;
+- (id)target;
+- (SEL)action;
+- (BOOL)isEnabled;
+- (void)setEnabled:(BOOL)enabled;
+@end
+
+@interface UINavigationItem : NSObject {
+  UIBarButtonItem* _rightBarButtonItem;
+}
+- (UIBarButtonItem*)rightBarButtonItem;
+- (void)setRightBarButtonItem:(UIBarButtonItem*)item;
+@end
+
+@class UINavigationController;
+
+@interface UIViewController : NSObject {
+  NSString* _title;
+  UINavigationItem* _navigationItem;
+  UIView* _view;
+  UINavigationController* _navigationController;  // not retained
+}
+- (NSString*)title;
+- (void)setTitle:(NSString*)title;
+- (UINavigationItem*)navigationItem;
+- (UIView*)view;
+- (void)setView:(UIView*)view;
+- (void)loadView;
+- (void)viewDidLoad;
+- (void)viewWillAppear:(BOOL)animated;
+- (void)viewDidDisappear:(BOOL)animated;
+- (UINavigationController*)navigationController;
+- (void)presentViewController:(UIViewController*)controller animated:(BOOL)animated
+                   completion:(void (^)(void))completion;
+@end
+
+// A stack of screens; pushing loads the screen and makes it appear.
+@interface UINavigationController : UIViewController {
+  NSMutableArray* _viewControllers;
+}
+- (id)initWithRootViewController:(UIViewController*)root;
+- (void)pushViewController:(UIViewController*)controller animated:(BOOL)animated;
+- (UIViewController*)popViewControllerAnimated:(BOOL)animated;
+- (NSArray*)viewControllers;
+- (UIViewController*)topViewController;
+@end
+
+typedef NS_ENUM(NSInteger, UITableViewStyle) { UITableViewStylePlain = 0, UITableViewStyleGrouped = 1 };
+typedef NS_ENUM(NSInteger, UITableViewCellStyle) {
+  UITableViewCellStyleDefault = 0,
+  UITableViewCellStyleValue1 = 1,
+  UITableViewCellStyleValue2 = 2,
+  UITableViewCellStyleSubtitle = 3,
+};
+typedef NS_ENUM(NSInteger, UITableViewCellEditingStyle) {
+  UITableViewCellEditingStyleNone = 0,
+  UITableViewCellEditingStyleDelete = 1,
+};
+typedef NS_ENUM(NSInteger, UITableViewCellAccessoryType) {
+  UITableViewCellAccessoryNone = 0,
+  UITableViewCellAccessoryDisclosureIndicator = 1,
+};
+typedef NS_ENUM(NSInteger, UITableViewCellSelectionStyle) {
+  UITableViewCellSelectionStyleNone = 0,
+  UITableViewCellSelectionStyleDefault = 3,
+};
+
+@interface UITableViewCell : UIView {
+  UILabel* _textLabel;
+  UILabel* _detailTextLabel;
+  NSString* _reuseIdentifier;
+  UITableViewCellAccessoryType _accessoryType;
+  UITableViewCellSelectionStyle _selectionStyle;
+}
+- (id)initWithStyle:(UITableViewCellStyle)style reuseIdentifier:(NSString*)identifier;
+- (UILabel*)textLabel;
+- (UILabel*)detailTextLabel;
+- (UITableViewCellAccessoryType)accessoryType;
+- (void)setAccessoryType:(UITableViewCellAccessoryType)type;
+- (UITableViewCellSelectionStyle)selectionStyle;
+- (void)setSelectionStyle:(UITableViewCellSelectionStyle)style;
+@end
+
+@class UITableView;
+
+@protocol UITableViewDataSource <NSObject>
+- (NSInteger)tableView:(UITableView*)tableView numberOfRowsInSection:(NSInteger)section;
+- (UITableViewCell*)tableView:(UITableView*)tableView cellForRowAtIndexPath:(NSIndexPath*)indexPath;
+@optional
+- (NSInteger)numberOfSectionsInTableView:(UITableView*)tableView;
+- (NSString*)tableView:(UITableView*)tableView titleForHeaderInSection:(NSInteger)section;
+- (void)tableView:(UITableView*)tableView
+    commitEditingStyle:(UITableViewCellEditingStyle)style
+     forRowAtIndexPath:(NSIndexPath*)indexPath;
+@end
+
+@protocol UITableViewDelegate <NSObject>
+@optional
+- (void)tableView:(UITableView*)tableView didSelectRowAtIndexPath:(NSIndexPath*)indexPath;
+@end
+
+// Rows are asked of the data source as they are shown; reloadData counts
+// its reloads so that a test can tell the list was redrawn.
+@interface UITableView : UIView {
+  id _dataSource;  // not retained
+  id _delegate;    // not retained
+  UIView* _backgroundView;
+  NSInteger _reloads;
+}
+- (id)dataSource;
+- (void)setDataSource:(id)dataSource;
+- (id)delegate;
+- (void)setDelegate:(id)delegate;
+- (UIView*)backgroundView;
+- (void)setBackgroundView:(UIView*)view;
+- (void)reloadData;
+- (NSInteger)reloadCount;
+- (UITableViewCell*)dequeueReusableCellWithIdentifier:(NSString*)identifier;  // always nil
+- (void)deselectRowAtIndexPath:(NSIndexPath*)indexPath animated:(BOOL)animated;
+@end
+
+@interface UITableViewController : UIViewController <UITableViewDataSource, UITableViewDelegate> {
+  UITableView* _tableView;
+}
+- (id)initWithStyle:(UITableViewStyle)style;
+- (UITableView*)tableView;
+@end
+
+typedef NS_ENUM(NSInteger, UIKeyboardType) { UIKeyboardTypeDefault = 0, UIKeyboardTypePhonePad = 5 };
+
+@interface UITextField : UIView {
+  NSString* _text;
+  NSString* _placeholder;
+  UIKeyboardType _keyboardType;
+}
+- (NSString*)text;
+- (void)setText:(NSString*)text;
+- (NSString*)placeholder;
+- (void)setPlaceholder:(NSString*)placeholder;
+- (UIKeyboardType)keyboardType;
+- (void)setKeyboardType:(UIKeyboardType)type;
+@end
+
+typedef NS_ENUM(NSInteger, UIAlertControllerStyle) {
+  UIAlertControllerStyleActionSheet = 0,
+  UIAlertControllerStyleAlert = 1,
+};
+typedef NS_ENUM(NSInteger, UIAlertActionStyle) {
+  UIAlertActionStyleDefault = 0,
+  UIAlertActionStyleCancel = 1,
+  UIAlertActionStyleDestructive = 2,
+};
+
+@interface UIAlertAction : NSObject {
+  NSString* _title;
+  UIAlertActionStyle _style;
+  void (^_handler)(UIAlertAction*);
+}
++ (UIAlertAction*)actionWithTitle:(NSString*)title style:(UIAlertActionStyle)style
+                          handler:(void (^)(UIAlertAction* action))handler;
+- (NSString*)title;
+- (UIAlertActionStyle)style;
+@end
+
+@interface UIAlertController : UIViewController {
+  NSString* _message;
+  UIAlertControllerStyle _preferredStyle;
+  NSMutableArray* _actions;
+  NSMutableArray* _textFields;
+}
++ (UIAlertController*)alertControllerWithTitle:(NSString*)title message:(NSString*)message
+                                preferredStyle:(UIAlertControllerStyle)style;
+- (NSString*)message;
+- (UIAlertControllerStyle)preferredStyle;
+- (void)addAction:(UIAlertAction*)action;
+- (NSArray*)actions;
+- (void)addTextFieldWithConfigurationHandler:(void (^)(UITextField* textField))handler;
+- (NSArray*)textFields;
 @end
 
 #endif  // HUSHWALL_GNUSTEP_UIKIT_H_

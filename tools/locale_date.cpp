@@ -1,0 +1,26 @@
+#include "tools/locale_date.h"
+
+#include <cmath>
+#include <ctime>
+#include <iomanip>
+#include <locale>
+#include <sstream>
+#include <stdexcept>
+
+namespace hushwall::tools {
+
+std::string localeDate(double secondsSince1970) {
+  const std::time_t time = static_cast<std::time_t>(std::floor(secondsSince1970));
+  std::tm parts{};
+  if (localtime_r(&time, &parts) == nullptr) return "";
+  std::ostringstream out;
+  try {
+    out.imbue(std::locale(""));
+  } catch (const std::runtime_error&) {
+    // A locale named in the environment but not installed: the C locale.
+  }
+  out << std::put_time(&parts, "%x %X");
+  return out.str();
+}
+
+}  // namespace hushwall::tools
