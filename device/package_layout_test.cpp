@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -258,26 +259,74 @@ TEST(PackageLayout, TemplateDatabaseHasTheSimulatorsSchema) {
   EXPECT_EQ(schema, schemaOf(HUSHWALL_TEMPLATE_DB));
 }
 
-TEST(PackageLayout, TweakIsBuiltFromTheLogicAndTheAdapterOnly) {
-  // Theos itself is replaced by three makefiles that only print the list.
-  TempDir theos;
-  fs::create_directories(theos.path / "makefiles");
-  std::ofstream(theos.path / "makefiles/common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
-  std::ofstream(theos.path / "makefiles/tweak.mk")
-      << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
-  std::ofstream(theos.path / "makefiles/aggregate.mk") << "\n";
-  std::istringstream listed(run(std::string(HUSHWALL_MAKE) + " -s -C '" + kDevice.string() +
-                                "' THEOS='" + theos.path.string() + "' hushwall-files"));
-  std::multiset<std::string> files;
-  for (std::string line; std::getline(listed, line);) {
-    if (!line.empty()) files.insert(fs::weakly_canonical(line).string());
+std::vector<std::string> lines(const std::string& text) {
+  std::vector<std::string> out;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) {
+    if (!line.empty()) out.push_back(fs::weakly_canonical(line).string());
   }
+  return out;
+}
+
+std::multiset<std::string> multisetOf(const std::vector<std::string>& items) {
+  return {items.begin(), items.end()};
+}
+
+// What Theos would compile: Theos itself is replaced by makefiles that only
+// print the lists.
+struct TheosLists {
+  TheosLists() {
+    fs::create_directories(theos.path / "makefiles");
+    std::ofstream(theos.path / "makefiles/common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
+    std::ofstream(theos.path / "makefiles/tweak.mk")
+        << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
+    std::ofstream(theos.path / "makefiles/bundle.mk")
+        << "hushwall-files:\n\t@printf '%s\\n' $(HushwallSettings_FILES)\n";
+    std::ofstream(theos.path / "makefiles/aggregate.mk") << "\n";
+  }
+  std::vector<std::string> of(const fs::path& folder) {
+    return lines(run(std::string(HUSHWALL_MAKE) + " -s -C '" + folder.string() + "' THEOS='" +
+                     theos.path.string() + "' hushwall-files"));
+  }
+  TempDir theos;
+};
+
+std::vector<std::string> scriptList(const char* list) {
+  return lines(run(std::string("'") + HUSHWALL_PACKAGE_SCRIPT + "' --list-sources " + list));
+}
+
+TEST(PackageLayout, BothBuildsCompileTheSameSourcesInTheOrderTheAdapterNeeds) {
+  TheosLists theos;
+  const std::vector<std::string> theosTweak = theos.of(kDevice);
+  const std::vector<std::string> scriptTweak = scriptList("tweak");
+  // The same files in the same order from the one list, for Theos and for
+  // scripts/package-device.sh alike.
+  EXPECT_EQ(theosTweak, scriptTweak);
+  // And exactly the logic and the adapter that the Linux build links.
   std::multiset<std::string> expected;
   std::istringstream sources(HUSHWALL_PHONE_SOURCES);
   for (std::string source; std::getline(sources, source, '|');) {
     expected.insert(fs::weakly_canonical(source).string());
   }
-  EXPECT_EQ(files, expected);
+  EXPECT_EQ(multisetOf(scriptTweak), expected);
+  // Under the GNU runtime each Objective-C file registers its classes from
+  // an initialiser of its own, and initialisers run in link order: the one
+  // that starts the tweak must come after every Objective-C++ file.
+  ASSERT_FALSE(scriptTweak.empty());
+  EXPECT_EQ(scriptTweak.back(),
+            fs::weakly_canonical(kDevice / "../platform/darwin/load_time_initializer.cpp"));
+
+  const std::vector<std::string> theosBundle = theos.of(kDevice / "HushwallSettings");
+  const std::vector<std::string> scriptBundle = scriptList("settings");
+  EXPECT_EQ(theosBundle, scriptBundle);
+  ASSERT_FALSE(scriptBundle.empty());
+  for (const std::string& file : scriptBundle) {
+    EXPECT_EQ(file.find("_test."), std::string::npos) << file;
+  }
+  EXPECT_NE(std::find(scriptBundle.begin(), scriptBundle.end(),
+                      fs::weakly_canonical(kDevice /
+                                           "HushwallSettings/HushwallSettingsListController.m")),
+            scriptBundle.end());
 }
 
 }  // namespace

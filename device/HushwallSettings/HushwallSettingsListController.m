@@ -1,7 +1,7 @@
 // The settings screen: the switches of Resources/Root.plist. Preferences
 // itself writes each switch into the settings file and posts the change
 // notification the switch names; nothing else happens here.
-#import <Preferences/PSListController.h>
+#import "preferences.h"
 
 @interface HushwallSettingsListController : PSListController
 @end

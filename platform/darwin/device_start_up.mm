@@ -15,12 +15,12 @@ namespace {
 struct DeviceEnv {
   FoundationFileSystem fileSystem;
   DarwinNotifyCenter notifyCenter;
-  ContactsAddressBook addressBook;
+  ContactsAddressBook addressBook{addressBookFindPerson()};
   AudioSystemSounds systemSounds;
   ApplicationStatusBar statusBar;
   DeviceClock clock;
   FoundationBundles bundles;
-  ObjcRuntime runtime;
+  ObjcRuntime runtime{substrateHookMessage()};
   AlertViewAlerts alerts;
   host::Env env;
 

@@ -3,7 +3,6 @@
 #import <Foundation/Foundation.h>
 
 #include <objc/runtime.h>
-#include <substrate.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -123,7 +122,7 @@ Value ObjcRuntime::getMetaClass(const Value& cls) {
 void ObjcRuntime::hookMessage(const Value& cls, const host::Selector& selector,
                               host::IMP replacement, host::IMP* slot) {
   Class target = classOf(cls);
-  if (target == Nil) return;
+  if (target == Nil || hookMessage_ == nullptr) return;
   SEL sel = sel_registerName(selector.c_str());
   Method method = class_getInstanceMethod(target, sel);
   if (method == nullptr) return;
@@ -134,7 +133,7 @@ void ObjcRuntime::hookMessage(const Value& cls, const host::Selector& selector,
     return;
   }
   HookRecord& record = rememberHook(target, selector, replacement, shape);
-  MSHookMessageEx(target, sel, shape->trampoline, &record.original);
+  hookMessage_(target, sel, shape->trampoline, &record.original);
   *slot = &callOriginal;
 }
 
