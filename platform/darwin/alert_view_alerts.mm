@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/darwin/device_services.h"
+#include "platform/darwin/exception_barrier.h"
 #include "platform/darwin/objc_values.h"
 
 // UIAlertView is deprecated since iOS 8 in favour of UIAlertController, but
@@ -42,7 +43,8 @@
     }
   }
   answered.tag = [alertView tag];
-  delegate_(answered, static_cast<std::intptr_t>(buttonIndex));
+  hushwall::darwin::raisedInside(
+      [&] { delegate_(answered, static_cast<std::intptr_t>(buttonIndex)); });
   [self release];
 }
 @end

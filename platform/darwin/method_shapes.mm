@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "platform/darwin/exception_barrier.h"
 #include "platform/darwin/objc_values.h"
 
 namespace hushwall::darwin {
@@ -71,11 +72,33 @@ struct ShapeOf {
   static R trampoline(id self, SEL selector, A... arguments) {
     const char* name = sel_getName(selector);
     const HookRecord* record = findHook(self, name);
-    const host::Args args{Bridge<A>::in(arguments)...};
+    // The host's call as it came, for when the adapter cannot do its part:
+    // an argument it cannot convert, or a replacement that raised before
+    // handing the call on. The host then gets exactly what it would have
+    // got without us, and never an exception.
+    auto handOnUnchanged = [&]() -> R {
+      IMP original = record != nullptr ? record->original : nullptr;
+      if (original == nullptr) return R();
+      return reinterpret_cast<R (*)(id, SEL, A...)>(original)(self, selector, arguments...);
+    };
+    host::Args args;
+    if (raisedInside([&] { args = host::Args{Bridge<A>::in(arguments)...}; })) {
+      return handOnUnchanged();
+    }
     IncomingArguments received({Bridge<A>::received(arguments)...}, args);
     Value result = Value();
-    if (record != nullptr) result = record->implementation(objectValue(self), name, args);
-    if constexpr (!std::is_void_v<R>) return Bridge<R>::out(result);
+    if (record != nullptr &&
+        raisedInside([&] { result = record->implementation(objectValue(self), name, args); })) {
+      if (!received.handedOn()) return handOnUnchanged();
+      // Handed on already (and perhaps the host's own method raised): the
+      // host has had the call once, which is all it may get.
+      result = Value();
+    }
+    if constexpr (!std::is_void_v<R>) {
+      R out = R();
+      if (raisedInside([&] { out = Bridge<R>::out(result); })) return R();
+      return out;
+    }
   }
 
   static Value callOriginal(IMP original, id self, SEL selector, const host::Args& args) {
@@ -176,6 +199,9 @@ Value callOriginal(const Value& self, const host::Selector& selector, const host
   if (receiver == nil) return Value();
   const HookRecord* record = findHook(receiver, selector.c_str());
   if (record == nullptr || record->original == nullptr) return Value();
+  // From here on the host has the call: whatever the replacement does
+  // afterwards, the trampoline must not hand it on a second time.
+  noteHandedOn();
   return record->shape->callOriginal(record->original, receiver,
                                      sel_registerName(selector.c_str()), args);
 }

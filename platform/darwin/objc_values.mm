@@ -35,7 +35,7 @@ using host::Value;
 // thread), so each thread keeps its own stack. Kept through a pthread key
 // rather than thread_local: the runtime support for thread_local is missing
 // on the oldest firmware the package supports, and clang refuses it there.
-using Frames = std::vector<const IncomingArguments*>;
+using Frames = std::vector<IncomingArguments*>;
 
 pthread_key_t framesKey() {
   static pthread_key_t key = [] {
@@ -194,6 +194,11 @@ IncomingArguments::IncomingArguments(std::vector<id> objects, const host::Args& 
 }
 
 IncomingArguments::~IncomingArguments() { incomingFrames().pop_back(); }
+
+void noteHandedOn() {
+  Frames& frames = incomingFrames();
+  if (!frames.empty()) frames.back()->handedOn_ = true;
+}
 
 id IncomingArguments::find(const Value& value) const {
   if (value.isNil()) return nil;
