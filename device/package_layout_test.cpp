@@ -22,6 +22,7 @@
 
 #include <gtest/gtest.h>
 
+#include "startup/hook_table.h"
 #include "startup/settings.h"
 
 namespace hushwall {
@@ -170,6 +171,60 @@ TEST(PackageLayout, ControlFileIsAValidDebianStanza) {
   }
   EXPECT_EQ(depends.count("mobilesubstrate"), 1u);
   EXPECT_EQ(depends.count("preferenceloader"), 1u);
+}
+
+// The control file's firmware bounds, as major * 100 + minor.
+std::pair<int, int> controlledFirmware() {
+  const std::string text = readFile(kDevice / "control");
+  std::smatch since, before;
+  const bool found =
+      std::regex_search(text, since, std::regex(R"(firmware \(>= ([0-9]+)\.([0-9]+)\))")) &&
+      std::regex_search(text, before, std::regex(R"(firmware \(<< ([0-9]+)\.([0-9]+)\))"));
+  if (!found) return {0, 0};
+  return {std::stoi(since[1]) * 100 + std::stoi(since[2]),
+          std::stoi(before[1]) * 100 + std::stoi(before[2])};
+}
+
+TEST(PackageLayout, FirmwareRangeIsExactlyWhereEveryHookedMethodExists) {
+  for (const HookGroup* group : {&kWhatsAppHooks, &kSpringBoardHooks}) {
+    for (std::size_t i = 0; i < group->count; ++i) {
+      const HookEntry& e = group->entries[i];
+      SCOPED_TRACE(std::string(e.className) + " " + e.selector);
+      // Every entry says where its range comes from.
+      ASSERT_NE(e.availability.note, nullptr);
+      EXPECT_GT(std::string(e.availability.note).size(), 10u);
+      EXPECT_LE(e.availability.since, e.availability.before);
+      // The messenger's methods follow WhatsApp, not the firmware; an added
+      // method exists wherever its class does.
+      const bool firmwareBound = group == &kSpringBoardHooks && e.how == HookEntry::How::kReplace;
+      EXPECT_EQ(e.availability.since != 0, firmwareBound);
+    }
+  }
+  // Each SpringBoard role (a class's method, in whichever of its shapes)
+  // must exist without a gap over a range; the package can promise only
+  // what every role covers.
+  std::map<std::string, std::vector<std::pair<int, int>>> roles;
+  for (std::size_t i = 0; i < kSpringBoardHooks.count; ++i) {
+    const HookEntry& e = kSpringBoardHooks.entries[i];
+    if (e.availability.since == 0) continue;
+    const std::string selector = e.selector;
+    roles[std::string(e.className) + " " + selector.substr(0, selector.find(':'))].push_back(
+        {e.availability.since, e.availability.before});
+  }
+  ASSERT_EQ(roles.size(), 4u);  // banner, lock screen, notification centre, badge
+  int since = 0;
+  int before = 10000;
+  for (auto& [role, ranges] : roles) {
+    std::sort(ranges.begin(), ranges.end());
+    for (std::size_t i = 1; i < ranges.size(); ++i) {
+      EXPECT_EQ(ranges[i].first, ranges[i - 1].second) << role << ": a gap or an overlap";
+    }
+    since = std::max(since, ranges.front().first);
+    before = std::min(before, ranges.back().second);
+  }
+  EXPECT_EQ(controlledFirmware(), std::make_pair(since, before))
+      << "device/control must say firmware (>= " << since / 100 << "." << since % 100
+      << "), firmware (<< " << before / 100 << "." << before % 100 << ")";
 }
 
 TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {

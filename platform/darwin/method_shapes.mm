@@ -67,6 +67,21 @@ struct Bridge<unsigned long> {
   static id received(unsigned long) { return nil; }
 };
 
+// The platform's boolean, in whichever C type the build declares it: bool
+// on arm64, signed char on 32-bit ARM, unsigned char under GNUstep.
+template <typename B>
+struct BooleanBridge {
+  static Value in(B flag) { return Value::boolean(flag != 0); }
+  static B out(const Value& value) { return static_cast<B>(value.boolValue() ? 1 : 0); }
+  static id received(B) { return nil; }
+};
+template <>
+struct Bridge<bool> : BooleanBridge<bool> {};
+template <>
+struct Bridge<signed char> : BooleanBridge<signed char> {};
+template <>
+struct Bridge<unsigned char> : BooleanBridge<unsigned char> {};
+
 template <typename R, typename... A>
 struct ShapeOf {
   static R trampoline(id self, SEL selector, A... arguments) {
@@ -123,9 +138,11 @@ struct ShapeOf {
 };
 
 // Every shape the hook table needs: the table's added methods ("v@:",
-// "@@:@", "v@:@"), the one-object methods it replaces, and the bulletin
+// "@@:@", "v@:@"), the one-object methods it replaces, the bulletin
 // method observer:addBulletin:forFeed: whose feed is an unsigned 32-bit
-// integer (unsigned long where a build declares it so).
+// integer (unsigned long where a build declares it so), and its longer
+// form from iOS 8.2, ...playLightsAndSirens:withReply:, with a boolean and
+// a block (an object) after the feed.
 const Shape kShapes[] = {
     ShapeOf<void>::shape("v@:"),
     ShapeOf<id>::shape("@@:"),
@@ -137,6 +154,10 @@ const Shape kShapes[] = {
     ShapeOf<void, id, id, unsigned int>::shape("v@:@@I"),
     ShapeOf<void, id, id, unsigned long>::shape("v@:@@Q"),
     ShapeOf<void, id, id, long>::shape("v@:@@q"),
+    ShapeOf<void, id, id, unsigned long, bool, id>::shape("v@:@@QB@"),
+    ShapeOf<void, id, id, unsigned int, signed char, id>::shape("v@:@@Ic@"),
+    ShapeOf<void, id, id, unsigned int, unsigned char, id>::shape("v@:@@IC@"),
+    ShapeOf<void, id, id, unsigned long, signed char, id>::shape("v@:@@Qc@"),
 };
 
 bool isQualifier(char c) { return std::strchr("rnNoORVA", c) != nullptr; }
