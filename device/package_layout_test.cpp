@@ -227,6 +227,49 @@ TEST(PackageLayout, FirmwareRangeIsExactlyWhereEveryHookedMethodExists) {
       << "), firmware (<< " << before / 100 << "." << before % 100 << ")";
 }
 
+// A PNG's width and height from its header, or {0, 0} for what is not one.
+std::pair<int, int> pngSize(const fs::path& path) {
+  const std::string bytes = readFile(path);
+  if (bytes.size() < 24 || bytes.compare(0, 8, "\x89PNG\r\n\x1a\n") != 0 ||
+      bytes.compare(12, 4, "IHDR") != 0) {
+    return {0, 0};
+  }
+  auto be32 = [&](std::size_t at) {
+    int value = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+      value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+    }
+    return value;
+  };
+  return {be32(16), be32(20)};
+}
+
+TEST(PackageLayout, StatusBarImagesOfTheIconNameAreShippedForEveryLookAndScale) {
+  // The name the library asks SpringBoard for (model/hushwall.cpp), behind
+  // the prefixes UIKit of iOS 7 and 8 looks the image up by, at each
+  // screen scale, among UIKit.framework's resources.
+  const std::string model = readFile(kDevice / "../model/hushwall.cpp");
+  ASSERT_NE(model.find("kStatusBarImageName[] = \"HSWL\""), std::string::npos);
+  const fs::path folder = kDevice / "layout/System/Library/Frameworks/UIKit.framework";
+  std::set<std::string> expected;
+  for (const char* look : {"Black", "White", "LockScreen"}) {
+    for (int scale = 1; scale <= 3; ++scale) {
+      const std::string name = std::string(look) + "_ON_HSWL" +
+                               (scale == 1 ? "" : "@" + std::to_string(scale) + "x") + ".png";
+      expected.insert(name);
+      SCOPED_TRACE(name);
+      // 14 x 20 points: the height of the status bar.
+      EXPECT_EQ(pngSize(folder / name), std::make_pair(14 * scale, 20 * scale));
+    }
+  }
+  std::set<std::string> shipped;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    shipped.insert(entry.path().filename().string());
+  }
+  EXPECT_EQ(shipped, expected);
+  EXPECT_TRUE(fs::exists(kDevice / "images/HSWL.svg"));
+}
+
 TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {
   // What the library assumes for a key missing from the settings file is
   // what the switch must show before the user touches it.
