@@ -23,7 +23,7 @@ die() {
 }
 
 usage() {
-  sed -n '2,16p' "$0" | sed 's/^# \{0,1\}//'
+  sed -n '2,15p' "$0" | sed 's/^# \{0,1\}//'
 }
 
 # --- the source lists ----------------------------------------------------
@@ -212,6 +212,7 @@ link_arguments() {
 
 # ld64.lld, ad-hoc signed (arm64 code must be signed to run at all), with
 # the platform version load command for the deployment target.
+# shellcheck disable=SC2054  # the commas belong to the -Wl, options
 link=(clang++-14 "${target[@]}" -stdlib=libc++ -fuse-ld="$lld" -mlinker-version=711
   -Wl,-adhoc_codesign -Wl,-dead_strip)
 
