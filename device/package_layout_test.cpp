@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -21,6 +22,7 @@
 
 #include <gtest/gtest.h>
 
+#include "startup/hook_table.h"
 #include "startup/settings.h"
 
 namespace hushwall {
@@ -171,6 +173,103 @@ TEST(PackageLayout, ControlFileIsAValidDebianStanza) {
   EXPECT_EQ(depends.count("preferenceloader"), 1u);
 }
 
+// The control file's firmware bounds, as major * 100 + minor.
+std::pair<int, int> controlledFirmware() {
+  const std::string text = readFile(kDevice / "control");
+  std::smatch since, before;
+  const bool found =
+      std::regex_search(text, since, std::regex(R"(firmware \(>= ([0-9]+)\.([0-9]+)\))")) &&
+      std::regex_search(text, before, std::regex(R"(firmware \(<< ([0-9]+)\.([0-9]+)\))"));
+  if (!found) return {0, 0};
+  return {std::stoi(since[1]) * 100 + std::stoi(since[2]),
+          std::stoi(before[1]) * 100 + std::stoi(before[2])};
+}
+
+TEST(PackageLayout, FirmwareRangeIsExactlyWhereEveryHookedMethodExists) {
+  for (const HookGroup* group : {&kWhatsAppHooks, &kSpringBoardHooks}) {
+    for (std::size_t i = 0; i < group->count; ++i) {
+      const HookEntry& e = group->entries[i];
+      SCOPED_TRACE(std::string(e.className) + " " + e.selector);
+      // Every entry says where its range comes from.
+      ASSERT_NE(e.availability.note, nullptr);
+      EXPECT_GT(std::string(e.availability.note).size(), 10u);
+      EXPECT_LE(e.availability.since, e.availability.before);
+      // The messenger's methods follow WhatsApp, not the firmware; an added
+      // method exists wherever its class does.
+      const bool firmwareBound = group == &kSpringBoardHooks && e.how == HookEntry::How::kReplace;
+      EXPECT_EQ(e.availability.since != 0, firmwareBound);
+    }
+  }
+  // Each SpringBoard role (a class's method, in whichever of its shapes)
+  // must exist without a gap over a range; the package can promise only
+  // what every role covers.
+  std::map<std::string, std::vector<std::pair<int, int>>> roles;
+  for (std::size_t i = 0; i < kSpringBoardHooks.count; ++i) {
+    const HookEntry& e = kSpringBoardHooks.entries[i];
+    if (e.availability.since == 0) continue;
+    const std::string selector = e.selector;
+    roles[std::string(e.className) + " " + selector.substr(0, selector.find(':'))].push_back(
+        {e.availability.since, e.availability.before});
+  }
+  ASSERT_EQ(roles.size(), 4u);  // banner, lock screen, notification centre, badge
+  int since = 0;
+  int before = 10000;
+  for (auto& [role, ranges] : roles) {
+    std::sort(ranges.begin(), ranges.end());
+    for (std::size_t i = 1; i < ranges.size(); ++i) {
+      EXPECT_EQ(ranges[i].first, ranges[i - 1].second) << role << ": a gap or an overlap";
+    }
+    since = std::max(since, ranges.front().first);
+    before = std::min(before, ranges.back().second);
+  }
+  EXPECT_EQ(controlledFirmware(), std::make_pair(since, before))
+      << "device/control must say firmware (>= " << since / 100 << "." << since % 100
+      << "), firmware (<< " << before / 100 << "." << before % 100 << ")";
+}
+
+// A PNG's width and height from its header, or {0, 0} for what is not one.
+std::pair<int, int> pngSize(const fs::path& path) {
+  const std::string bytes = readFile(path);
+  if (bytes.size() < 24 || bytes.compare(0, 8, "\x89PNG\r\n\x1a\n") != 0 ||
+      bytes.compare(12, 4, "IHDR") != 0) {
+    return {0, 0};
+  }
+  auto be32 = [&](std::size_t at) {
+    int value = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+      value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+    }
+    return value;
+  };
+  return {be32(16), be32(20)};
+}
+
+TEST(PackageLayout, StatusBarImagesOfTheIconNameAreShippedForEveryLookAndScale) {
+  // The name the library asks SpringBoard for (model/hushwall.cpp), behind
+  // the prefixes UIKit of iOS 7 and 8 looks the image up by, at each
+  // screen scale, among UIKit.framework's resources.
+  const std::string model = readFile(kDevice / "../model/hushwall.cpp");
+  ASSERT_NE(model.find("kStatusBarImageName[] = \"HSWL\""), std::string::npos);
+  const fs::path folder = kDevice / "layout/System/Library/Frameworks/UIKit.framework";
+  std::set<std::string> expected;
+  for (const char* look : {"Black", "White", "LockScreen"}) {
+    for (int scale = 1; scale <= 3; ++scale) {
+      const std::string name = std::string(look) + "_ON_HSWL" +
+                               (scale == 1 ? "" : "@" + std::to_string(scale) + "x") + ".png";
+      expected.insert(name);
+      SCOPED_TRACE(name);
+      // 14 x 20 points: the height of the status bar.
+      EXPECT_EQ(pngSize(folder / name), std::make_pair(14 * scale, 20 * scale));
+    }
+  }
+  std::set<std::string> shipped;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    shipped.insert(entry.path().filename().string());
+  }
+  EXPECT_EQ(shipped, expected);
+  EXPECT_TRUE(fs::exists(kDevice / "images/HSWL.svg"));
+}
+
 TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {
   // What the library assumes for a key missing from the settings file is
   // what the switch must show before the user touches it.
@@ -258,26 +357,74 @@ TEST(PackageLayout, TemplateDatabaseHasTheSimulatorsSchema) {
   EXPECT_EQ(schema, schemaOf(HUSHWALL_TEMPLATE_DB));
 }
 
-TEST(PackageLayout, TweakIsBuiltFromTheLogicAndTheAdapterOnly) {
-  // Theos itself is replaced by three makefiles that only print the list.
-  TempDir theos;
-  fs::create_directories(theos.path / "makefiles");
-  std::ofstream(theos.path / "makefiles/common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
-  std::ofstream(theos.path / "makefiles/tweak.mk")
-      << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
-  std::ofstream(theos.path / "makefiles/aggregate.mk") << "\n";
-  std::istringstream listed(run(std::string(HUSHWALL_MAKE) + " -s -C '" + kDevice.string() +
-                                "' THEOS='" + theos.path.string() + "' hushwall-files"));
-  std::multiset<std::string> files;
-  for (std::string line; std::getline(listed, line);) {
-    if (!line.empty()) files.insert(fs::weakly_canonical(line).string());
+std::vector<std::string> lines(const std::string& text) {
+  std::vector<std::string> out;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) {
+    if (!line.empty()) out.push_back(fs::weakly_canonical(line).string());
   }
+  return out;
+}
+
+std::multiset<std::string> multisetOf(const std::vector<std::string>& items) {
+  return {items.begin(), items.end()};
+}
+
+// What Theos would compile: Theos itself is replaced by makefiles that only
+// print the lists.
+struct TheosLists {
+  TheosLists() {
+    fs::create_directories(theos.path / "makefiles");
+    std::ofstream(theos.path / "makefiles/common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
+    std::ofstream(theos.path / "makefiles/tweak.mk")
+        << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
+    std::ofstream(theos.path / "makefiles/bundle.mk")
+        << "hushwall-files:\n\t@printf '%s\\n' $(HushwallSettings_FILES)\n";
+    std::ofstream(theos.path / "makefiles/aggregate.mk") << "\n";
+  }
+  std::vector<std::string> of(const fs::path& folder) {
+    return lines(run(std::string(HUSHWALL_MAKE) + " -s -C '" + folder.string() + "' THEOS='" +
+                     theos.path.string() + "' hushwall-files"));
+  }
+  TempDir theos;
+};
+
+std::vector<std::string> scriptList(const char* list) {
+  return lines(run(std::string("'") + HUSHWALL_PACKAGE_SCRIPT + "' --list-sources " + list));
+}
+
+TEST(PackageLayout, BothBuildsCompileTheSameSourcesInTheOrderTheAdapterNeeds) {
+  TheosLists theos;
+  const std::vector<std::string> theosTweak = theos.of(kDevice);
+  const std::vector<std::string> scriptTweak = scriptList("tweak");
+  // The same files in the same order from the one list, for Theos and for
+  // scripts/package-device.sh alike.
+  EXPECT_EQ(theosTweak, scriptTweak);
+  // And exactly the logic and the adapter that the Linux build links.
   std::multiset<std::string> expected;
   std::istringstream sources(HUSHWALL_PHONE_SOURCES);
   for (std::string source; std::getline(sources, source, '|');) {
     expected.insert(fs::weakly_canonical(source).string());
   }
-  EXPECT_EQ(files, expected);
+  EXPECT_EQ(multisetOf(scriptTweak), expected);
+  // Under the GNU runtime each Objective-C file registers its classes from
+  // an initialiser of its own, and initialisers run in link order: the one
+  // that starts the tweak must come after every Objective-C++ file.
+  ASSERT_FALSE(scriptTweak.empty());
+  EXPECT_EQ(scriptTweak.back(),
+            fs::weakly_canonical(kDevice / "../platform/darwin/load_time_initializer.cpp"));
+
+  const std::vector<std::string> theosBundle = theos.of(kDevice / "HushwallSettings");
+  const std::vector<std::string> scriptBundle = scriptList("settings");
+  EXPECT_EQ(theosBundle, scriptBundle);
+  ASSERT_FALSE(scriptBundle.empty());
+  for (const std::string& file : scriptBundle) {
+    EXPECT_EQ(file.find("_test."), std::string::npos) << file;
+  }
+  EXPECT_NE(std::find(scriptBundle.begin(), scriptBundle.end(),
+                      fs::weakly_canonical(kDevice /
+                                           "HushwallSettings/HushwallSettingsListController.m")),
+            scriptBundle.end());
 }
 
 }  // namespace

@@ -17,6 +17,11 @@ std::int32_t saturatingInt(double d) {
 
 }  // namespace
 
+// The variant is read with std::get_if only, never std::get: std::get can
+// throw bad_variant_access, whose type the C++ library of the oldest
+// firmware the phone package supports does not have, and dyld would refuse
+// the whole library for that one missing symbol.
+
 Value Value::boolean(bool b) { return Value(Boolean{b}); }
 Value Value::integer(std::int64_t i) { return Value(i); }
 Value Value::real(double d) { return Value(Real{d}); }
@@ -140,7 +145,10 @@ const void* Value::identity() const {
     case Kind::kArray: return array();
     case Kind::kDictionary: return dictionary();
     case Kind::kObject: return object();
-    case Kind::kBlock: return std::get<std::shared_ptr<const std::function<void()>>>(storage_).get();
+    case Kind::kBlock: {
+      auto* p = std::get_if<std::shared_ptr<const std::function<void()>>>(&storage_);
+      return p ? p->get() : nullptr;
+    }
     default: return nullptr;
   }
 }
@@ -155,7 +163,8 @@ bool Value::operator==(const Value& other) const {
   switch (kind()) {
     case Kind::kNil: return true;
     case Kind::kBoolean: return boolValue() == other.boolValue();
-    case Kind::kInteger: return std::get<std::int64_t>(storage_) == std::get<std::int64_t>(other.storage_);
+    case Kind::kInteger:
+      return *std::get_if<std::int64_t>(&storage_) == *std::get_if<std::int64_t>(&other.storage_);
     case Kind::kReal: return doubleValue() == other.doubleValue();
     case Kind::kString: return text() == other.text() &&
                                isMemberOfBaseStringClass() == other.isMemberOfBaseStringClass();

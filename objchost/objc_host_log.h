@@ -40,6 +40,10 @@ struct ObjcHostLog {
     const void* observer;
     const void* bulletin;
     std::uint32_t feed;
+    // Through the longer method of iOS 8.2: what came after the feed.
+    bool withReply = false;
+    bool playLightsAndSirens = false;
+    const void* reply = nullptr;
   };
   std::vector<Shown> shown;
 };

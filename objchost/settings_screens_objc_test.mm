@@ -2,7 +2,7 @@
 // Objective-C runtime, on the stand-in UIKit: what they show of a real
 // database, and that their add, delete and clear actions reach it, with the
 // announcements on the device's bus.
-#import <Preferences/PSListController.h>
+#import "preferences.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
@@ -26,14 +26,8 @@
 @interface HushwallSettingsListController : PSListController
 @end
 
-// The GNU runtime's tables of the classes, categories and selectors that
-// this program brings (the settings bundle's as well as the stand-ins'),
-// made while the loader registers them and kept for the life of the process
-// where LeakSanitizer does not see them. Said in the program itself, since
-// the test list is also asked for while building, outside the sanitized
-// run's options and suppression file; the runtime has no frame pointers, so
-// only the slow unwinder reaches the loader's frame.
-extern "C" const char* __lsan_default_suppressions() { return "leak:__objc_exec_class\n"; }
+// The runtime has no frame pointers, so only the slow unwinder reaches the
+// frames that the runtime's leak suppressions (runtime_leaks.cpp) name.
 extern "C" const char* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
 
 namespace hushwall::settings {

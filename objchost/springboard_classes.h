@@ -17,12 +17,24 @@
 @end
 
 // The three controllers SpringBoard hands every new bulletin to. The feed
-// is an unsigned 32-bit integer, as in SpringBoard ("v@:@@I").
+// is an unsigned 32-bit integer, as in SpringBoard ("v@:@@I"). From iOS 8.2
+// the banner and the lock screen receive it through a longer method, with
+// whether to play sounds and a reply block after the feed.
 @interface SBBulletinBannerController : NSObject
 - (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed;
+- (void)observer:(id)observer
+            addBulletin:(BBBulletin*)bulletin
+                forFeed:(unsigned)feed
+    playLightsAndSirens:(BOOL)playLightsAndSirens
+              withReply:(id)reply;
 @end
 @interface SBLockScreenNotificationListController : NSObject
 - (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed;
+- (void)observer:(id)observer
+            addBulletin:(BBBulletin*)bulletin
+                forFeed:(unsigned)feed
+    playLightsAndSirens:(BOOL)playLightsAndSirens
+              withReply:(id)reply;
 @end
 @interface SBBulletinObserverViewController : NSObject
 - (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed;

@@ -10,6 +10,12 @@ void show(const char* where, id observer, BBBulletin* bulletin, unsigned feed) {
   hushwall::objchost::objcHostLog().shown.push_back({where, observer, bulletin, feed});
 }
 
+void showWithReply(const char* where, id observer, BBBulletin* bulletin, unsigned feed, BOOL play,
+                   id reply) {
+  hushwall::objchost::objcHostLog().shown.push_back(
+      {where, observer, bulletin, feed, true, play != NO, reply});
+}
+
 }  // namespace
 
 @implementation BBBulletin
@@ -20,11 +26,25 @@ void show(const char* where, id observer, BBBulletin* bulletin, unsigned feed) {
 - (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed {
   show("banner", observer, bulletin, feed);
 }
+- (void)observer:(id)observer
+            addBulletin:(BBBulletin*)bulletin
+                forFeed:(unsigned)feed
+    playLightsAndSirens:(BOOL)playLightsAndSirens
+              withReply:(id)reply {
+  showWithReply("banner", observer, bulletin, feed, playLightsAndSirens, reply);
+}
 @end
 
 @implementation SBLockScreenNotificationListController
 - (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned)feed {
   show("lockscreen", observer, bulletin, feed);
+}
+- (void)observer:(id)observer
+            addBulletin:(BBBulletin*)bulletin
+                forFeed:(unsigned)feed
+    playLightsAndSirens:(BOOL)playLightsAndSirens
+              withReply:(id)reply {
+  showWithReply("lockscreen", observer, bulletin, feed, playLightsAndSirens, reply);
 }
 @end
 

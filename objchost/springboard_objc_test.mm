@@ -137,6 +137,50 @@ TEST(ObjcSpringBoardHooks, InstalledByNameAndHandOnTheVeryArguments) {
   });
 }
 
+TEST(ObjcSpringBoardHooks, TheLongerMethodOfIOS82IsJudgedAsTheFirstAndHandsOnEveryArgument) {
+  TestDevice device;
+  device.installDatabase();
+  device.addToBlacklist("612345678");
+  device.writeFlags({{"Enabled", true}});
+  inObjcProcess([&] {
+    gnustep::bootDevice(device.root());
+    injectTweak();
+    id observer = [[[NSObject alloc] init] autorelease];
+    // Stands for the reply block; the adapter hands on whatever it got.
+    id reply = [[[NSObject alloc] init] autorelease];
+    auto deliver = [&](const char* jid) {
+      BBBulletin* bulletin = [[[BBBulletin alloc] init] autorelease];
+      [bulletin setSectionID:@"net.whatsapp.WhatsApp"];
+      [bulletin setMessage:@"Alice: hi"];
+      [bulletin setContext:@{
+        @"notificationType" : @"AppNotificationLocal",
+        @"userInfo" : @{@"jid" : [NSString stringWithUTF8String:jid]}
+      }];
+      for (Class cls : {objc_getClass("SBBulletinBannerController"),
+                        objc_getClass("SBLockScreenNotificationListController")}) {
+        [[[[cls alloc] init] autorelease] observer:observer
+                                       addBulletin:bulletin
+                                           forFeed:kFeed
+                               playLightsAndSirens:YES
+                                         withReply:reply];
+      }
+      return bulletin;
+    };
+    deliver(kBlockedJid);
+    EXPECT_TRUE(objcHostLog().shown.empty());
+    BBBulletin* allowed = deliver(kCleanJid);
+    ASSERT_EQ(objcHostLog().shown.size(), 2u);
+    for (const auto& shown : objcHostLog().shown) {
+      EXPECT_TRUE(shown.withReply) << shown.where;
+      EXPECT_EQ(shown.observer, (const void*)observer) << shown.where;
+      EXPECT_EQ(shown.bulletin, (const void*)allowed) << shown.where;
+      EXPECT_EQ(shown.feed, kFeed) << shown.where;
+      EXPECT_TRUE(shown.playLightsAndSirens) << shown.where;
+      EXPECT_EQ(shown.reply, (const void*)reply) << shown.where;
+    }
+  });
+}
+
 TEST(TwoSpringBoards, BlacklistedSendersBulletinsAreDroppedAndRecordedAlike) {
   TwoSpringBoards both([](TestDevice& d) {
     d.writeFlags(

@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/runtime.h"
 #include "host/value.h"
 
 namespace hushwall::simhost {
@@ -41,6 +42,9 @@ struct HostLog {
 
   // SpringBoard.
   std::map<std::string, std::vector<host::Value>> shown;  // "banner", "lockscreen", "notificationCenter"
+  // The arguments of each bulletin that reached a controller through the
+  // longer method of iOS 8.2 (observer, bulletin, feed, sounds, reply).
+  std::vector<host::Args> shownWithReply;
   std::map<std::string, host::Value> badges;              // bundle id -> last badge set
 };
 

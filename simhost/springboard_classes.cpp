@@ -27,6 +27,18 @@ Value showInNotificationCenter(const Value&, const Selector&, const Args& args) 
   return Value();
 }
 
+// The same controllers' method from iOS 8.2, with whether to play sounds and
+// the reply after the feed.
+Value showBannerWithReply(const Value& self, const Selector& cmd, const Args& args) {
+  hostLog().shownWithReply.push_back(args);
+  return showBanner(self, cmd, args);
+}
+
+Value showOnLockScreenWithReply(const Value& self, const Selector& cmd, const Args& args) {
+  hostLog().shownWithReply.push_back(args);
+  return showOnLockScreen(self, cmd, args);
+}
+
 // --- Applications and their badges -------------------------------------------------
 
 Value badgeNumberOrString(const Value& self, const Selector&, const Args&) {
@@ -70,6 +82,10 @@ void registerSpringBoardClasses(ObjectRuntime& runtime) {
   runtime.addHostMethod("SBBulletinBannerController", kAddBulletin, showBanner);
   runtime.registerClass("SBLockScreenNotificationListController");
   runtime.addHostMethod("SBLockScreenNotificationListController", kAddBulletin, showOnLockScreen);
+  const char* kAddBulletinWithReply = "observer:addBulletin:forFeed:playLightsAndSirens:withReply:";
+  runtime.addHostMethod("SBBulletinBannerController", kAddBulletinWithReply, showBannerWithReply);
+  runtime.addHostMethod("SBLockScreenNotificationListController", kAddBulletinWithReply,
+                        showOnLockScreenWithReply);
   runtime.registerClass("SBBulletinObserverViewController");
   runtime.addHostMethod("SBBulletinObserverViewController", kAddBulletin,
                         showInNotificationCenter);

@@ -68,6 +68,14 @@ void TestSpringBoard::deliverToLists(const Value& bulletin) {
   hand(notificationCenter_, bulletin);
 }
 
+void TestSpringBoard::deliverWithReply(const Value& bulletin, const Value& reply) {
+  for (const Value& controller : {banner_, lockScreen_}) {
+    app_.send(controller, "observer:addBulletin:forFeed:playLightsAndSirens:withReply:",
+              {app_.make("NSObject"), bulletin, Value::integer(2), Value::boolean(true), reply});
+  }
+  hand(notificationCenter_, bulletin);
+}
+
 std::size_t TestSpringBoard::shown(const std::string& where) const {
   auto it = simhost::hostLog().shown.find(where);
   return it == simhost::hostLog().shown.end() ? 0 : it->second.size();

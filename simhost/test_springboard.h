@@ -41,6 +41,9 @@ class TestSpringBoard {
   void deliver(const host::Value& bulletin);
   void deliverToBanner(const host::Value& bulletin);
   void deliverToLists(const host::Value& bulletin);
+  // As SpringBoard does from iOS 8.2: the banner and the lock screen get the
+  // longer method, with `reply` last; the notification centre the short one.
+  void deliverWithReply(const host::Value& bulletin, const host::Value& reply);
 
   // How many bulletins reached "banner", "lockscreen", "notificationCenter".
   std::size_t shown(const std::string& where) const;

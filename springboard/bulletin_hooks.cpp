@@ -1,4 +1,5 @@
-// The three replacements of observer:addBulletin:forFeed: inside SpringBoard.
+// The three replacements of observer:addBulletin:forFeed: inside SpringBoard,
+// and of its longer form from iOS 8.2 on the banner and the lock screen.
 // The lock-screen list and the notification centre only drop a blocked
 // sender's bulletin; the banner controller is the one place where a blocked
 // notification is recorded, announced with the icon and felt as a vibration,
@@ -20,6 +21,8 @@ namespace hushwall {
 host::IMP original_lockScreen_addBulletin = nullptr;
 host::IMP original_notificationCenter_addBulletin = nullptr;
 host::IMP original_banner_addBulletin = nullptr;
+host::IMP original_lockScreen_addBulletinWithReply = nullptr;
+host::IMP original_banner_addBulletinWithReply = nullptr;
 
 namespace {
 
@@ -60,26 +63,39 @@ Value hook_lockScreen_addBulletin(const Value& self, const Selector& cmd, const 
   return dropBlockedOrPassOn(original_lockScreen_addBulletin, self, cmd, args);
 }
 
+Value hook_lockScreen_addBulletinWithReply(const Value& self, const Selector& cmd,
+                                           const Args& args) {
+  return dropBlockedOrPassOn(original_lockScreen_addBulletinWithReply, self, cmd, args);
+}
+
 Value hook_notificationCenter_addBulletin(const Value& self, const Selector& cmd,
                                           const Args& args) {
   return dropBlockedOrPassOn(original_notificationCenter_addBulletin, self, cmd, args);
 }
 
-Value hook_banner_addBulletin(const Value& self, const Selector& cmd, const Args& args) {
+namespace {
+
+// The banner's steps, for either shape of the method: the observer, the
+// bulletin and the feed lead, and whatever follows (from iOS 8.2, whether
+// to play sounds and the reply) is handed on as received, like the rest.
+// A swallowed bulletin's reply is not called, as for any bulletin the
+// banner controller never sees.
+Value bannerAddBulletin(host::IMP original, const Value& self, const Selector& cmd,
+                        const Args& args) {
   // Switched off, the badge is the messenger's own again: no increment.
-  if (!settings_Enabled) return original_banner_addBulletin(self, cmd, args);
+  if (!settings_Enabled) return original(self, cmd, args);
 
   const RuntimeBulletin bulletin(args.at(kBulletinArgument));
   // Exact comparison: the messenger's bulletins carry its identifier as is,
   // and an app that merely resembles it must not move the messenger's badge.
   const OptText sectionID = bulletin.sectionID();
   if (sectionID != host::T(kWhatsAppBundleIdentifier)) {
-    return original_banner_addBulletin(self, cmd, args);
+    return original(self, cmd, args);
   }
 
   const Value context = bulletin.context();
   const Value type = context.objectForKey("notificationType");
-  if (type.isNil()) return original_banner_addBulletin(self, cmd, args);
+  if (type.isNil()) return original(self, cmd, args);
 
   // The banner does its own inline test rather than isBulletinBlocked:
   // it needs the number, name and text along the way for the history.
@@ -89,12 +105,12 @@ Value hook_banner_addBulletin(const Value& self, const Selector& cmd, const Args
     if (userInfo.isNil() || userInfo.objectForKey("jid").isNil()) {
       // A sender we cannot read is let through, but not counted: the badge
       // only rises for notifications we know to be from an allowed sender.
-      return original_banner_addBulletin(self, cmd, args);
+      return original(self, cmd, args);
     }
     const OptText phoneNumber = model->getPhoneNumber(userInfo.objectForKey("jid").text());
     if (!model->phoneNumberBlacklisted(phoneNumber)) {
       raiseMessengerBadge(self, sectionID);
-      return original_banner_addBulletin(self, cmd, args);
+      return original(self, cmd, args);
     }
 
     // The messenger's own notification text is "Name: message".
@@ -125,7 +141,7 @@ Value hook_banner_addBulletin(const Value& self, const Selector& cmd, const Args
     const Value userInfo = context.objectForKey("userInfo");
     const Value aps = userInfo.objectForKey("aps");
     if (userInfo.isNil() || aps.isNil() || aps.objectForKey("alert").objectForKey("body").isNil()) {
-      return original_banner_addBulletin(self, cmd, args);
+      return original(self, cmd, args);
     }
     // Worked out before we know whether the push names a sender at all, so a
     // text that ends in its colon fails the same way with or without one.
@@ -136,13 +152,13 @@ Value hook_banner_addBulletin(const Value& self, const Selector& cmd, const Args
     // Without "u" the push names no sender we could judge: it is handed on
     // uncounted, even if its text shows a blacklisted contact's name.
     const Value u = aps.objectForKey("u");
-    if (u.isNil()) return original_banner_addBulletin(self, cmd, args);
+    if (u.isNil()) return original(self, cmd, args);
     // Taken as it stands, server part and all: the blacklist matches by
     // containment, so a listed number is still found inside the address.
     const OptText phoneNumber = u.text();
     if (!model->phoneNumberBlacklisted(phoneNumber)) {
       raiseMessengerBadge(self, sectionID);
-      return original_banner_addBulletin(self, cmd, args);
+      return original(self, cmd, args);
     }
 
     const double now = host::env().clock->now();
@@ -155,13 +171,23 @@ Value hook_banner_addBulletin(const Value& self, const Selector& cmd, const Args
     }
     if (settings_ShowStatusBarIcon) model->addStatusBarIcon();
   } else {
-    return original_banner_addBulletin(self, cmd, args);
+    return original(self, cmd, args);
   }
 
   // Blocked and swallowed: the banner never shows, but the user who asked
   // for it still feels that something arrived.
   if (settings_Vibrate) host::env().systemSounds->play(host::kSystemSoundVibrate);
   return Value();
+}
+
+}  // namespace
+
+Value hook_banner_addBulletin(const Value& self, const Selector& cmd, const Args& args) {
+  return bannerAddBulletin(original_banner_addBulletin, self, cmd, args);
+}
+
+Value hook_banner_addBulletinWithReply(const Value& self, const Selector& cmd, const Args& args) {
+  return bannerAddBulletin(original_banner_addBulletinWithReply, self, cmd, args);
 }
 
 }  // namespace hushwall

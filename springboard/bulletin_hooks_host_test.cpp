@@ -112,6 +112,42 @@ TEST(BulletinHooks, BlockedLocalNotificationIsRecordedOnlyWithTheIconAndOncePerT
   });
 }
 
+TEST(BulletinHooks, TheLongerMethodOfIOS82IsJudgedAsTheFirstAndHandsOnEveryArgument) {
+  Fixture f(settingsFlags(true, true, true, true));
+  runInChildProcess([&] {
+    TestSpringBoard sb(f.device, HUSHWALL_LIBRARY_PATH, Value::integer(3));
+    const Value reply = sb.app().make("NSObject");
+    // Blocked: neither the banner nor the lock screen sees it; the banner's
+    // side effects are those of the short method.
+    sb.deliverWithReply(sb.bulletin(kMessengerId, localContext(kBlockedJid), "Alice: hi"), reply);
+    EXPECT_EQ(sb.shown("banner"), 0u);
+    EXPECT_EQ(sb.shown("lockscreen"), 0u);
+    EXPECT_EQ(sb.shown("notificationCenter"), 0u);
+    ASSERT_EQ(f.device.history().size(), 1u);
+    EXPECT_EQ(f.device.history()[0].message, "hi");
+    EXPECT_TRUE(sb.iconShown());
+    EXPECT_EQ(sb.vibrations(), 1);
+    EXPECT_TRUE(simhost::hostLog().shownWithReply.empty());
+
+    // Let through: both get it with all five arguments as SpringBoard gave
+    // them, and the badge rises once, for the banner.
+    const Value allowed = sb.bulletin(kMessengerId, localContext(kAllowedJid));
+    sb.deliverWithReply(allowed, reply);
+    EXPECT_EQ(sb.shown("banner"), 1u);
+    EXPECT_EQ(sb.shown("lockscreen"), 1u);
+    EXPECT_EQ(sb.shown("notificationCenter"), 1u);
+    EXPECT_EQ(sb.messengerBadge(), Value::integer(4));
+    ASSERT_EQ(simhost::hostLog().shownWithReply.size(), 2u);
+    for (const host::Args& args : simhost::hostLog().shownWithReply) {
+      ASSERT_EQ(args.size(), 5u);
+      EXPECT_TRUE(args[1].isSameObject(allowed));
+      EXPECT_EQ(args[2], Value::integer(2));
+      EXPECT_EQ(args[3], Value::boolean(true));
+      EXPECT_TRUE(args[4].isSameObject(reply));
+    }
+  });
+}
+
 TEST(BulletinHooks, RemoteNotificationsAreJudgedByTheirUAsItStands) {
   Fixture f(settingsFlags(true, true, false, false));
   runInChildProcess([&] {

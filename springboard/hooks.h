@@ -11,6 +11,12 @@ namespace hushwall {
 extern host::IMP original_lockScreen_addBulletin;
 host::Value hook_lockScreen_addBulletin(const host::Value& self, const host::Selector& cmd,
                                         const host::Args& args);
+// The same from iOS 8.2, where the lock screen receives bulletins through
+// observer:addBulletin:forFeed:playLightsAndSirens:withReply:.
+extern host::IMP original_lockScreen_addBulletinWithReply;
+host::Value hook_lockScreen_addBulletinWithReply(const host::Value& self,
+                                                 const host::Selector& cmd,
+                                                 const host::Args& args);
 // -[SBBulletinObserverViewController observer:addBulletin:forFeed:]
 extern host::IMP original_notificationCenter_addBulletin;
 host::Value hook_notificationCenter_addBulletin(const host::Value& self, const host::Selector& cmd,
@@ -19,6 +25,11 @@ host::Value hook_notificationCenter_addBulletin(const host::Value& self, const h
 extern host::IMP original_banner_addBulletin;
 host::Value hook_banner_addBulletin(const host::Value& self, const host::Selector& cmd,
                                     const host::Args& args);
+// The same from iOS 8.2:
+// -[SBBulletinBannerController observer:addBulletin:forFeed:playLightsAndSirens:withReply:]
+extern host::IMP original_banner_addBulletinWithReply;
+host::Value hook_banner_addBulletinWithReply(const host::Value& self, const host::Selector& cmd,
+                                             const host::Args& args);
 
 // -[SBApplication setBadge:]
 extern host::IMP original_setBadge;

@@ -11,37 +11,64 @@ namespace {
 using Kind = HookEntry::Kind;
 using How = HookEntry::How;
 
+// The messenger's methods are WhatsApp's, not the firmware's: a WhatsApp
+// version that lacks one simply leaves that hook uninstalled.
+constexpr Availability kWhatsAppVersion{0, 0, "WhatsApp's own class, any firmware"};
+constexpr Availability kAdded{0, 0, "added by the library, wherever the class exists"};
+
 const HookEntry kWhatsAppEntries[] = {
     {"ChatListViewController", Kind::kInstance, "chatSessionCellShowMoreOptions:", How::kReplace,
-     nullptr, &hook_chatSessionCellShowMoreOptions, &original_chatSessionCellShowMoreOptions},
+     nullptr, &hook_chatSessionCellShowMoreOptions, &original_chatSessionCellShowMoreOptions,
+     kWhatsAppVersion},
     {"WABlockBasedActionSheet", Kind::kClass, "actionSheetWithTitle:", How::kReplace, nullptr,
-     &hook_actionSheetWithTitle, &original_actionSheetWithTitle},
+     &hook_actionSheetWithTitle, &original_actionSheetWithTitle, kWhatsAppVersion},
     {"WhatsAppAppDelegate", Kind::kInstance, "applicationDidEnterBackground:", How::kReplace,
-     nullptr, &hook_applicationDidEnterBackground, &original_applicationDidEnterBackground},
+     nullptr, &hook_applicationDidEnterBackground, &original_applicationDidEnterBackground,
+     kWhatsAppVersion},
     {"WhatsAppAppDelegate", Kind::kInstance, "applicationWillTerminate:", How::kReplace, nullptr,
-     &hook_applicationWillTerminate, &original_applicationWillTerminate},
+     &hook_applicationWillTerminate, &original_applicationWillTerminate, kWhatsAppVersion},
     {"WhatsAppAppDelegate", Kind::kInstance, "deleteAllMessagesBlacklisted", How::kAdd, "v@:",
-     &deleteAllMessagesBlacklisted, nullptr},
+     &deleteAllMessagesBlacklisted, nullptr, kAdded},
     {"WhatsAppAppDelegate", Kind::kInstance, "getSessionsWithPhoneNumber:", How::kAdd, "@@:@",
-     &getSessionsWithPhoneNumber, nullptr},
+     &getSessionsWithPhoneNumber, nullptr, kAdded},
     {"XMPPConnection", Kind::kInstance, "processIncomingMessageStanzas:", How::kReplace, nullptr,
-     &hook_processIncomingMessageStanzas, &original_processIncomingMessageStanzas},
+     &hook_processIncomingMessageStanzas, &original_processIncomingMessageStanzas,
+     kWhatsAppVersion},
     {"XMPPConnection", Kind::kInstance, "sendMessage:", How::kReplace, nullptr, &hook_sendMessage,
-     &original_sendMessage},
+     &original_sendMessage, kWhatsAppVersion},
 };
 
+// SpringBoard's methods exist on the iOS 7 and 8 generation of SpringBoard.
+// iOS 8.2 moved bulletin delivery to the observer protocol's longer method,
+// observer:addBulletin:forFeed:playLightsAndSirens:withReply:, on the banner
+// and the lock screen (the notification centre kept the short one); each
+// gets a second entry over the same logic, so the package covers 7.0 to
+// 8.4. Later SpringBoards replaced these controllers (the lock screen and
+// the banners were rebuilt in iOS 10), and the package's firmware range
+// (device/control) ends before iOS 9, the first firmware not checked.
 const HookEntry kSpringBoardEntries[] = {
     {"SBLockScreenNotificationListController", Kind::kInstance, "observer:addBulletin:forFeed:",
-     How::kReplace, nullptr, &hook_lockScreen_addBulletin, &original_lockScreen_addBulletin},
+     How::kReplace, nullptr, &hook_lockScreen_addBulletin, &original_lockScreen_addBulletin,
+     {700, 802, "class dump of iOS 7; iOS 8.4's class has only the longer method"}},
+    {"SBLockScreenNotificationListController", Kind::kInstance,
+     "observer:addBulletin:forFeed:playLightsAndSirens:withReply:", How::kReplace, nullptr,
+     &hook_lockScreen_addBulletinWithReply, &original_lockScreen_addBulletinWithReply,
+     {802, 900, "the observer protocol's method from iOS 8.2; class dump of iOS 8.4"}},
     {"SBBulletinObserverViewController", Kind::kInstance, "observer:addBulletin:forFeed:",
      How::kReplace, nullptr, &hook_notificationCenter_addBulletin,
-     &original_notificationCenter_addBulletin},
+     &original_notificationCenter_addBulletin,
+     {700, 900, "class dumps of iOS 7 and iOS 8.4"}},
     {"SBApplication", Kind::kInstance, "setBadge:", How::kReplace, nullptr, &hook_setBadge,
-     &original_setBadge},
+     &original_setBadge, {700, 900, "class dumps of iOS 6, iOS 7 and iOS 8.4"}},
     {"SBBulletinBannerController", Kind::kInstance, "observer:addBulletin:forFeed:", How::kReplace,
-     nullptr, &hook_banner_addBulletin, &original_banner_addBulletin},
+     nullptr, &hook_banner_addBulletin, &original_banner_addBulletin,
+     {700, 802, "theos/headers: NS_DEPRECATED_IOS(7_0, 8_1)"}},
+    {"SBBulletinBannerController", Kind::kInstance,
+     "observer:addBulletin:forFeed:playLightsAndSirens:withReply:", How::kReplace, nullptr,
+     &hook_banner_addBulletinWithReply, &original_banner_addBulletinWithReply,
+     {802, 900, "theos/headers: NS_AVAILABLE_IOS(8_2); checked up to iOS 8.4"}},
     {"SBBulletinBannerController", Kind::kInstance, "addManualBadgeIncrementForBundleIdentifier:",
-     How::kAdd, "v@:@", &addManualBadgeIncrementForBundleIdentifier, nullptr},
+     How::kAdd, "v@:@", &addManualBadgeIncrementForBundleIdentifier, nullptr, kAdded},
 };
 
 }  // namespace

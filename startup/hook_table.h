@@ -9,6 +9,17 @@
 
 namespace hushwall {
 
+// The firmware versions on which a host method exists, as major * 100 +
+// minor (iOS 8.2 is 802), from `since` up to but not including `before`.
+// Both 0: not bound to the firmware (the messenger's own classes, which
+// come and go with WhatsApp's versions, and methods the library adds).
+struct Availability {
+  int since;
+  int before;
+  // Where the range comes from, for whoever extends it.
+  const char* note;
+};
+
 struct HookEntry {
   enum class Kind { kInstance, kClass };  // kClass: the method lives on the meta-class
   enum class How { kReplace, kAdd };
@@ -20,6 +31,7 @@ struct HookEntry {
   const char* types;         // type encoding for kAdd, null for kReplace
   host::IMP implementation;  // the replacement, or the added method
   host::IMP* slot;           // kReplace: where the original implementation goes
+  Availability availability;
 };
 
 struct HookGroup {

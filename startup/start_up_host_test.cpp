@@ -93,6 +93,10 @@ TEST(StartUp, BundleIdentifiersDifferingOnlyInCaseSelectTheirGroup) {
          {"-[SBBulletinBannerController observer:addBulletin:forFeed:]",
           "-[SBLockScreenNotificationListController observer:addBulletin:forFeed:]",
           "-[SBBulletinObserverViewController observer:addBulletin:forFeed:]",
+          "-[SBBulletinBannerController "
+          "observer:addBulletin:forFeed:playLightsAndSirens:withReply:]",
+          "-[SBLockScreenNotificationListController "
+          "observer:addBulletin:forFeed:playLightsAndSirens:withReply:]",
           "-[SBApplication setBadge:]"}) {
       EXPECT_NE(after[replaced].first, before[replaced].first) << replaced;
       EXPECT_EQ(after[replaced].second, before[replaced].second) << replaced;

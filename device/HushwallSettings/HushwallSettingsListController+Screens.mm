@@ -1,6 +1,6 @@
 // The main switches page's links to the "Blacklist" and "History" screens:
 // the actions that Root.plist names, pushing a plain UIKit table view.
-#import <Preferences/PSListController.h>
+#import "preferences.h"
 
 #include "HWBlacklistController.h"
 #include "HWHistoryController.h"

@@ -3,7 +3,16 @@
 #include <utility>
 
 #include "platform/darwin/device_services.h"
+#include "platform/darwin/exception_barrier.h"
 #include "platform/darwin/objc_values.h"
+
+// UIAlertView is deprecated since iOS 8 in favour of UIAlertController, but
+// the confirmation must run on iOS 7 too, which has no UIAlertController,
+// and the model object is the alert's delegate by design (it answers
+// alertView:clickedButtonAtIndex:). So the alert stays, its deprecation
+// silenced for this file only.
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wdeprecated-declarations"
 
 // The alert's delegate: hands the tapped button, and what the alert shows,
 // to the logic. An alert does not keep its delegate, so the delegate keeps
@@ -34,7 +43,8 @@
     }
   }
   answered.tag = [alertView tag];
-  delegate_(answered, static_cast<std::intptr_t>(buttonIndex));
+  hushwall::darwin::raisedInside(
+      [&] { delegate_(answered, static_cast<std::intptr_t>(buttonIndex)); });
   [self release];
 }
 @end
@@ -57,3 +67,5 @@ void AlertViewAlerts::show(const host::AlertView& alert, Delegate delegate) {
 }
 
 }  // namespace hushwall::darwin
+
+#pragma clang diagnostic pop

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/darwin/device_services.h"
+#include "platform/darwin/exception_barrier.h"
 
 namespace hushwall::darwin {
 namespace {
@@ -24,7 +25,7 @@ void deliver(CFNotificationCenterRef, void*, CFStringRef name, const void*, CFDi
   if (found == observers().end()) return;
   // A copy: a callback may add observers of its own.
   const std::vector<host::NotifyCenter::Callback> callbacks = found->second;
-  for (const auto& callback : callbacks) callback();
+  for (const auto& callback : callbacks) raisedInside(callback);
 }
 
 }  // namespace

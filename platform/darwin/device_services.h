@@ -15,6 +15,7 @@
 #include "host/notify_center.h"
 #include "host/status_bar.h"
 #include "host/system_sounds.h"
+#include "platform/darwin/optional_symbols.h"
 
 namespace hushwall::darwin {
 
@@ -29,10 +30,17 @@ class DarwinNotifyCenter : public host::NotifyCenter {
                    host::SuspensionBehavior behavior) override;
 };
 
-// ABAddressBookCreate and ABCFindPersonMatchingPhoneNumber.
+// ABAddressBookCreate and ABCFindPersonMatchingPhoneNumber, the latter
+// found at run time. Where the firmware lacks it, nobody is ever found:
+// the answer a failed lookup gives anyway, so contacts-only blocks every
+// number there rather than the library failing to load.
 class ContactsAddressBook : public host::AddressBook {
  public:
+  explicit ContactsAddressBook(FindPersonFunction findPerson) : findPerson_(findPerson) {}
   bool hasPersonMatchingPhoneNumber(const host::OptText& number) override;
+
+ private:
+  FindPersonFunction findPerson_;
 };
 
 // AudioServicesPlaySystemSound.

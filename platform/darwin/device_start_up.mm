@@ -7,6 +7,7 @@
 #include "platform/darwin/device_services.h"
 #include "platform/darwin/objc_runtime.h"
 #include "platform/darwin/device_start_up.h"
+#include "platform/darwin/exception_barrier.h"
 #include "startup/start_up.h"
 
 namespace hushwall::darwin {
@@ -15,12 +16,12 @@ namespace {
 struct DeviceEnv {
   FoundationFileSystem fileSystem;
   DarwinNotifyCenter notifyCenter;
-  ContactsAddressBook addressBook;
+  ContactsAddressBook addressBook{addressBookFindPerson()};
   AudioSystemSounds systemSounds;
   ApplicationStatusBar statusBar;
   DeviceClock clock;
   FoundationBundles bundles;
-  ObjcRuntime runtime;
+  ObjcRuntime runtime{substrateHookMessage()};
   AlertViewAlerts alerts;
   host::Env env;
 
@@ -45,7 +46,9 @@ void startUpOnDevice() {
   // until its very end.
   static auto* device = new DeviceEnv;
   host::setEnv(&device->env);
-  HushwallStartUp();
+  // A start-up that fails part-way leaves what it installed so far; the
+  // host starts either way.
+  raisedInside([] { HushwallStartUp(); });
   [pool drain];
 }
 

@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "platform/darwin/exception_barrier.h"
 #include "platform/darwin/objc_values.h"
 
 namespace hushwall::darwin {
@@ -66,16 +67,53 @@ struct Bridge<unsigned long> {
   static id received(unsigned long) { return nil; }
 };
 
+// The platform's boolean, in whichever C type the build declares it: bool
+// on arm64, signed char on 32-bit ARM, unsigned char under GNUstep.
+template <typename B>
+struct BooleanBridge {
+  static Value in(B flag) { return Value::boolean(flag != 0); }
+  static B out(const Value& value) { return static_cast<B>(value.boolValue() ? 1 : 0); }
+  static id received(B) { return nil; }
+};
+template <>
+struct Bridge<bool> : BooleanBridge<bool> {};
+template <>
+struct Bridge<signed char> : BooleanBridge<signed char> {};
+template <>
+struct Bridge<unsigned char> : BooleanBridge<unsigned char> {};
+
 template <typename R, typename... A>
 struct ShapeOf {
   static R trampoline(id self, SEL selector, A... arguments) {
     const char* name = sel_getName(selector);
     const HookRecord* record = findHook(self, name);
-    const host::Args args{Bridge<A>::in(arguments)...};
+    // The host's call as it came, for when the adapter cannot do its part:
+    // an argument it cannot convert, or a replacement that raised before
+    // handing the call on. The host then gets exactly what it would have
+    // got without us, and never an exception.
+    auto handOnUnchanged = [&]() -> R {
+      IMP original = record != nullptr ? record->original : nullptr;
+      if (original == nullptr) return R();
+      return reinterpret_cast<R (*)(id, SEL, A...)>(original)(self, selector, arguments...);
+    };
+    host::Args args;
+    if (raisedInside([&] { args = host::Args{Bridge<A>::in(arguments)...}; })) {
+      return handOnUnchanged();
+    }
     IncomingArguments received({Bridge<A>::received(arguments)...}, args);
     Value result = Value();
-    if (record != nullptr) result = record->implementation(objectValue(self), name, args);
-    if constexpr (!std::is_void_v<R>) return Bridge<R>::out(result);
+    if (record != nullptr &&
+        raisedInside([&] { result = record->implementation(objectValue(self), name, args); })) {
+      if (!received.handedOn()) return handOnUnchanged();
+      // Handed on already (and perhaps the host's own method raised): the
+      // host has had the call once, which is all it may get.
+      result = Value();
+    }
+    if constexpr (!std::is_void_v<R>) {
+      R out = R();
+      if (raisedInside([&] { out = Bridge<R>::out(result); })) return R();
+      return out;
+    }
   }
 
   static Value callOriginal(IMP original, id self, SEL selector, const host::Args& args) {
@@ -100,9 +138,11 @@ struct ShapeOf {
 };
 
 // Every shape the hook table needs: the table's added methods ("v@:",
-// "@@:@", "v@:@"), the one-object methods it replaces, and the bulletin
+// "@@:@", "v@:@"), the one-object methods it replaces, the bulletin
 // method observer:addBulletin:forFeed: whose feed is an unsigned 32-bit
-// integer (unsigned long where a build declares it so).
+// integer (unsigned long where a build declares it so), and its longer
+// form from iOS 8.2, ...playLightsAndSirens:withReply:, with a boolean and
+// a block (an object) after the feed.
 const Shape kShapes[] = {
     ShapeOf<void>::shape("v@:"),
     ShapeOf<id>::shape("@@:"),
@@ -114,6 +154,10 @@ const Shape kShapes[] = {
     ShapeOf<void, id, id, unsigned int>::shape("v@:@@I"),
     ShapeOf<void, id, id, unsigned long>::shape("v@:@@Q"),
     ShapeOf<void, id, id, long>::shape("v@:@@q"),
+    ShapeOf<void, id, id, unsigned long, bool, id>::shape("v@:@@QB@"),
+    ShapeOf<void, id, id, unsigned int, signed char, id>::shape("v@:@@Ic@"),
+    ShapeOf<void, id, id, unsigned int, unsigned char, id>::shape("v@:@@IC@"),
+    ShapeOf<void, id, id, unsigned long, signed char, id>::shape("v@:@@Qc@"),
 };
 
 bool isQualifier(char c) { return std::strchr("rnNoORVA", c) != nullptr; }
@@ -176,6 +220,9 @@ Value callOriginal(const Value& self, const host::Selector& selector, const host
   if (receiver == nil) return Value();
   const HookRecord* record = findHook(receiver, selector.c_str());
   if (record == nullptr || record->original == nullptr) return Value();
+  // From here on the host has the call: whatever the replacement does
+  // afterwards, the trampoline must not hand it on a second time.
+  noteHandedOn();
   return record->shape->callOriginal(record->original, receiver,
                                      sel_registerName(selector.c_str()), args);
 }

@@ -3,7 +3,6 @@
 #import <Foundation/Foundation.h>
 
 #include <objc/runtime.h>
-#include <substrate.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -51,7 +50,8 @@ void setArgument(NSInvocation* invocation, NSInteger index, T argument) {
   [invocation setArgument:&argument atIndex:index];
 }
 
-void setArgument(NSInvocation* invocation, NSInteger index, const char* type, const Value& value) {
+// False, and nothing set, for a type the adapter has no conversion for.
+bool setArgument(NSInvocation* invocation, NSInteger index, const char* type, const Value& value) {
   switch (typeCode(type)) {
     case '@':
     case '#': setArgument<id>(invocation, index, objectOf(value)); break;
@@ -70,10 +70,9 @@ void setArgument(NSInvocation* invocation, NSInteger index, const char* type, co
       break;
     case 'f': setArgument<float>(invocation, index, value.floatValue()); break;
     case 'd': setArgument<double>(invocation, index, value.doubleValue()); break;
-    default:
-      [NSException raise:NSInvalidArgumentException
-                  format:@"Hushwall: no argument conversion for type %s", type];
+    default: return false;
   }
+  return true;
 }
 
 template <typename T>
@@ -102,11 +101,11 @@ Value resultOf(NSInvocation* invocation, const char* type) {
     case 'Q': return Value::integer((std::int64_t)returnValue<unsigned long long>(invocation));
     case 'f': return Value::real(returnValue<float>(invocation));
     case 'd': return Value::real(returnValue<double>(invocation));
-    default:
-      [NSException raise:NSInvalidArgumentException
-                  format:@"Hushwall: no result conversion for type %s", type];
+    // A result the adapter cannot convert reads as nothing: the logic
+    // treats nothing as "not there", which is its answer to any surprise
+    // from the host.
+    default: return Value();
   }
-  return Value();
 }
 
 }  // namespace
@@ -123,7 +122,7 @@ Value ObjcRuntime::getMetaClass(const Value& cls) {
 void ObjcRuntime::hookMessage(const Value& cls, const host::Selector& selector,
                               host::IMP replacement, host::IMP* slot) {
   Class target = classOf(cls);
-  if (target == Nil) return;
+  if (target == Nil || hookMessage_ == nullptr) return;
   SEL sel = sel_registerName(selector.c_str());
   Method method = class_getInstanceMethod(target, sel);
   if (method == nullptr) return;
@@ -134,7 +133,7 @@ void ObjcRuntime::hookMessage(const Value& cls, const host::Selector& selector,
     return;
   }
   HookRecord& record = rememberHook(target, selector, replacement, shape);
-  MSHookMessageEx(target, sel, shape->trampoline, &record.original);
+  hookMessage_(target, sel, shape->trampoline, &record.original);
   *slot = &callOriginal;
 }
 
@@ -177,8 +176,13 @@ Value ObjcRuntime::send(const Value& receiver, const host::Selector& selector,
   [invocation setTarget:target];
   const NSUInteger count = [signature numberOfArguments];
   for (NSUInteger i = 2; i < count; ++i) {
-    setArgument(invocation, (NSInteger)i, [signature getArgumentTypeAtIndex:i],
-                host::argumentAt(args, i - 2));
+    const char* type = [signature getArgumentTypeAtIndex:i];
+    if (!setArgument(invocation, (NSInteger)i, type, host::argumentAt(args, i - 2))) {
+      // Sending it with a made-up argument could do anything to the host;
+      // not sending it is what a missing method would have done.
+      complain("send", object_getClass(target), selector, type);
+      return Value();
+    }
   }
   [invocation invoke];
   return resultOf(invocation, [signature methodReturnType]);

@@ -58,10 +58,19 @@ class IncomingArguments {
   // The received object `value` was made from, or nil.
   id find(const host::Value& value) const;
 
+  // Whether the hook has called the original implementation (noteHandedOn).
+  bool handedOn() const { return handedOn_; }
+
  private:
+  friend void noteHandedOn();
   std::vector<id> objects_;
   host::Args values_;
+  bool handedOn_ = false;
 };
+
+// Marks the innermost hook running on this thread as having handed its call
+// on to the original implementation.
+void noteHandedOn();
 
 }  // namespace hushwall::darwin
 

@@ -1,6 +1,7 @@
 #include "platform/darwin/objc_values.h"
 
 #include <Block.h>
+#include <pthread.h>
 
 #include <memory>
 #include <utility>
@@ -29,7 +30,30 @@ namespace {
 
 using host::Value;
 
-thread_local std::vector<const IncomingArguments*> incoming;
+// The frames of the hooks running on this thread, innermost last. Hooks
+// run on several host threads (the messenger's connection thread, the main
+// thread), so each thread keeps its own stack. Kept through a pthread key
+// rather than thread_local: the runtime support for thread_local is missing
+// on the oldest firmware the package supports, and clang refuses it there.
+using Frames = std::vector<IncomingArguments*>;
+
+pthread_key_t framesKey() {
+  static pthread_key_t key = [] {
+    pthread_key_t made;
+    pthread_key_create(&made, [](void* frames) { delete static_cast<Frames*>(frames); });
+    return made;
+  }();
+  return key;
+}
+
+Frames& incomingFrames() {
+  auto* frames = static_cast<Frames*>(pthread_getspecific(framesKey()));
+  if (frames == nullptr) {
+    frames = new Frames;
+    pthread_setspecific(framesKey(), frames);
+  }
+  return *frames;
+}
 
 Class booleanNumberClass() {
   static Class cls = [[NSNumber numberWithBool:YES] class];
@@ -125,6 +149,7 @@ Value valueOf(id object) {
 }
 
 id objectOf(const Value& value) {
+  const Frames& incoming = incomingFrames();
   for (auto frame = incoming.rbegin(); frame != incoming.rend(); ++frame) {
     if (id received = (*frame)->find(value)) return received;
   }
@@ -165,10 +190,15 @@ id objectOf(const Value& value) {
 
 IncomingArguments::IncomingArguments(std::vector<id> objects, const host::Args& values)
     : objects_(std::move(objects)), values_(values) {
-  incoming.push_back(this);
+  incomingFrames().push_back(this);
 }
 
-IncomingArguments::~IncomingArguments() { incoming.pop_back(); }
+IncomingArguments::~IncomingArguments() { incomingFrames().pop_back(); }
+
+void noteHandedOn() {
+  Frames& frames = incomingFrames();
+  if (!frames.empty()) frames.back()->handedOn_ = true;
+}
 
 id IncomingArguments::find(const Value& value) const {
   if (value.isNil()) return nil;

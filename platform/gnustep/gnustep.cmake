@@ -41,6 +41,7 @@ target_link_libraries(hushwall_gnustep PUBLIC hushwall_objc_flags hushwall_linux
 file(GLOB DARWIN_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/platform/darwin/*.mm)
 # The load-time initialiser last: see the file for why.
 add_library(HushwallDevice SHARED ${DARWIN_SOURCES}
+            ${CMAKE_SOURCE_DIR}/platform/darwin/exception_barrier.cpp
             ${CMAKE_SOURCE_DIR}/platform/darwin/load_time_initializer.cpp)
 target_link_libraries(HushwallDevice PRIVATE -Wl,--whole-archive hushwall_core
                       -Wl,--no-whole-archive hushwall_host hushwall_gnustep SQLite::SQLite3)

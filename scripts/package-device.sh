@@ -1,0 +1,287 @@
+#!/usr/bin/env bash
+# Builds the phone's Debian package on Linux, without Theos, from Debian
+# packages only (clang-14, lld-14's ld64.lld, llvm-14, libc++-14-dev's
+# headers, dpkg-deb, sqlite3) and an iPhoneOS SDK that the caller provides:
+#
+#   scripts/package-device.sh --sdk DIR [--out DIR]
+#   scripts/package-device.sh --list-sources tweak|settings
+#
+# DIR is an iPhoneOS SDK folder (for example iPhoneOS14.5.sdk from the
+# public theos/sdks repository). The package lands in build-device/ (or
+# --out) as com.corvanta.hushwall_<version>_iphoneos-arm.deb, laid out as
+# the README's table says. The sources come from device/tweak.sources and
+# device/settings.sources, the lists that device/Makefile (Theos) reads too.
+# --list-sources prints a list's sources, as this script reads it, and
+# needs no SDK.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+device=$root/device
+
+die() {
+  echo "package-device: $*" >&2
+  exit 2
+}
+
+usage() {
+  sed -n '2,15p' "$0" | sed 's/^# \{0,1\}//'
+}
+
+# --- the source lists ----------------------------------------------------
+
+# The lines of a list, without comments and blanks.
+list_lines() {
+  sed -e 's/[[:space:]]*#.*//' -e 's/^[[:space:]]*//' -e 's/[[:space:]]*$//' -e '/^$/d' "$1"
+}
+
+# The sources a list names, one absolute path a line, in the list's order:
+# each pattern expanded relative to the repository root, tests and the
+# "!" lines' files left out.
+list_sources() {
+  local list=$1 line file
+  local -a patterns=() excluded=()
+  while IFS= read -r line; do
+    case $line in
+      framework:* | private-framework:* | library:*) ;;
+      '!'*) excluded+=("${line#!}") ;;
+      *) patterns+=("$line") ;;
+    esac
+  done < <(list_lines "$list")
+  local pattern out
+  (
+    cd "$root"
+    shopt -s nullglob
+    for pattern in "${patterns[@]}"; do
+      for file in $pattern; do
+        case $file in *_test.cpp | *_test.mm) continue ;; esac
+        out=$file
+        for line in "${excluded[@]}"; do
+          # shellcheck disable=SC2053  # the exclusion is a pattern
+          [[ $file == $line ]] && out=
+        done
+        [[ -n $out ]] && echo "$root/$out"
+      done
+    done
+  )
+}
+
+# The names of a list's "<kind>:" lines (framework, private-framework,
+# library).
+list_links() {
+  list_lines "$1" | sed -n "s/^$2:[[:space:]]*//p"
+}
+
+# --- arguments -----------------------------------------------------------
+
+sdk=
+out=$root/build-device
+while (($#)); do
+  case $1 in
+    --sdk)
+      (($# >= 2)) || die "--sdk needs a directory"
+      sdk=$2
+      shift 2
+      ;;
+    --out)
+      (($# >= 2)) || die "--out needs a directory"
+      out=$2
+      shift 2
+      ;;
+    --list-sources)
+      (($# >= 2)) || die "--list-sources needs tweak or settings"
+      case $2 in
+        tweak | settings) list_sources "$device/$2.sources" ;;
+        *) die "--list-sources: no list named '$2' (tweak, settings)" ;;
+      esac
+      exit 0
+      ;;
+    -h | --help)
+      usage
+      exit 0
+      ;;
+    *) die "unknown argument '$1' (see --help)" ;;
+  esac
+done
+
+[[ -n $sdk ]] || die "no SDK given: --sdk DIR, an iPhoneOS SDK folder such as iPhoneOS14.5.sdk"
+[[ -d $sdk ]] || die "--sdk '$sdk' is not a directory"
+sdk=$(cd "$sdk" && pwd)
+if [[ ! -f $sdk/SDKSettings.plist && ! -f $sdk/SDKSettings.json ]] ||
+  [[ ! -d $sdk/System/Library/Frameworks/UIKit.framework ]] ||
+  [[ ! -e $sdk/usr/lib/libobjc.tbd && ! -e $sdk/usr/lib/libobjc.dylib ]]; then
+  die "--sdk '$sdk' is not an iPhoneOS SDK (no SDKSettings, UIKit.framework or usr/lib/libobjc)"
+fi
+grep -q -i iphoneos "$sdk"/SDKSettings.* 2>/dev/null ||
+  die "--sdk '$sdk' is an SDK, but not an iPhoneOS one"
+
+# --- tools ---------------------------------------------------------------
+
+libcxx_headers=/usr/lib/llvm-14/include/c++/v1
+tools_present() {
+  command -v clang++-14 >/dev/null && command -v dpkg-deb >/dev/null &&
+    command -v sqlite3 >/dev/null && command -v llvm-nm-14 >/dev/null &&
+    command -v llvm-otool-14 >/dev/null && command -v make >/dev/null &&
+    { command -v ld64.lld-14 >/dev/null || [[ -x /usr/lib/llvm-14/bin/ld64.lld ]]; } &&
+    [[ -f $libcxx_headers/optional ]]
+}
+if ! tools_present; then
+  # Only the packaging needs these, so the test build does not install them.
+  packages=(clang-14 lld-14 llvm-14 libc++-14-dev dpkg sqlite3 make)
+  if [[ $(id -u) -ne 0 ]]; then
+    die "missing tools; as root: apt-get install ${packages[*]}"
+  fi
+  echo "package-device: installing ${packages[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  apt-get update -qq
+  apt-get install -y -qq --no-install-recommends "${packages[@]}" >/dev/null
+  tools_present || die "tools still missing after installing ${packages[*]}"
+fi
+lld=$(command -v ld64.lld-14 || echo /usr/lib/llvm-14/bin/ld64.lld)
+
+# --- what to build -------------------------------------------------------
+
+# The firmware the hook table's methods exist on (startup/hook_table.cpp)
+# starts at iOS 7.0; the control file says the same. 64-bit only: ld64.lld
+# of LLVM 14 cannot link 32-bit ARM Mach-O (it stops on armv7's
+# relocations), so the iPhone 4s, 5 and 5c are left to a Theos build
+# (device/Makefile builds armv7 as well).
+arch=arm64
+min_os=7.0
+version=$(sed -n 's/^Version: *//p' "$device/control")
+package=$(sed -n 's/^Package: *//p' "$device/control")
+[[ -n $version && -n $package ]] || die "device/control names no Package or Version"
+
+work=$out/work
+stage=$work/stage
+rm -rf "$work"
+mkdir -p "$work/obj" "$stage"
+
+target=(-target "$arch-apple-ios$min_os" -isysroot "$sdk")
+# Manual reference counting throughout, as the adapter is written; the
+# deployment target's availability checks stay errors.
+common=("${target[@]}" -I"$root" -O2 -fno-objc-arc -Wall -Wextra -Werror
+  -Wno-unused-parameter -Wunguarded-availability)
+cxx=(-std=c++17 -stdlib=libc++ -nostdinc++ -isystem "$libcxx_headers")
+
+# Compiles one source into $work/obj; prints the object's path.
+compile() {
+  local source=$1 object
+  object=$work/obj/${source#"$root"/}.o
+  mkdir -p "$(dirname "$object")"
+  case $source in
+    *.cpp) clang++-14 "${common[@]}" "${cxx[@]}" -c "$source" -o "$object" ;;
+    *.mm) clang++-14 "${common[@]}" "${cxx[@]}" -c "$source" -o "$object" ;;
+    *.m) clang-14 "${common[@]}" -c "$source" -o "$object" ;;
+    *) die "$source: not a .cpp, .mm or .m source" ;;
+  esac
+}
+
+# Compiles a list's sources, two at a time per core; writes the objects,
+# in the list's order, to the file $2.
+compile_list() {
+  local list=$1 source jobs=0 failed=0
+  local -a sources objects=()
+  mapfile -t sources < <(list_sources "$list")
+  ((${#sources[@]} > 0)) || die "$list names no source"
+  for source in "${sources[@]}"; do
+    compile "$source" &
+    objects+=("$work/obj/${source#"$root"/}.o")
+    if ((++jobs >= $(nproc) * 2)); then
+      wait -n || failed=1
+      ((jobs--))
+    fi
+  done
+  while ((jobs > 0)); do
+    wait -n || failed=1
+    ((jobs--))
+  done
+  ((failed == 0)) || die "compiling $(basename "$list") failed"
+  printf '%s\n' "${objects[@]}" >"$2"
+}
+
+# Linker arguments for a list's framework, private-framework and library
+# lines.
+link_arguments() {
+  local name
+  while read -r name; do echo "-framework" "$name"; done < <(list_links "$1" framework)
+  if [[ -n $(list_links "$1" private-framework) ]]; then
+    echo "-F$sdk/System/Library/PrivateFrameworks"
+    while read -r name; do echo "-framework" "$name"; done < <(list_links "$1" private-framework)
+  fi
+  while read -r name; do echo "-l$name"; done < <(list_links "$1" library)
+}
+
+# ld64.lld, ad-hoc signed (arm64 code must be signed to run at all), with
+# the platform version load command for the deployment target.
+# shellcheck disable=SC2054  # the commas belong to the -Wl, options
+link=(clang++-14 "${target[@]}" -stdlib=libc++ -fuse-ld="$lld" -mlinker-version=711
+  -Wl,-adhoc_codesign -Wl,-dead_strip)
+
+echo "package-device: building Hushwall.dylib ($arch, iOS $min_os and later)"
+compile_list "$device/tweak.sources" "$work/tweak.objects"
+mapfile -t tweak_objects <"$work/tweak.objects"
+dylib=$work/Hushwall.dylib
+# shellcheck disable=SC2046  # one argument per word
+"${link[@]}" -dynamiclib -install_name /Library/MobileSubstrate/DynamicLibraries/Hushwall.dylib \
+  "${tweak_objects[@]}" $(link_arguments "$device/tweak.sources") -o "$dylib"
+
+echo "package-device: building the settings bundle"
+compile_list "$device/settings.sources" "$work/settings.objects"
+mapfile -t settings_objects <"$work/settings.objects"
+bundle_binary=$work/HushwallSettings
+# shellcheck disable=SC2046
+"${link[@]}" -bundle "${settings_objects[@]}" $(link_arguments "$device/settings.sources") \
+  -o "$bundle_binary"
+
+# --- what the phone must be able to load ---------------------------------
+
+# A strong import of a symbol that the firmware lacks makes dyld refuse the
+# whole library, in SpringBoard and in WhatsApp. The private and
+# version-dependent functions are looked up at run time
+# (platform/darwin/optional_symbols.h), and what the C++ library exports
+# only from later firmware must not be used at all.
+check_imports() {
+  local binary=$1 imports bad
+  imports=$(llvm-nm-14 -u -m "$binary")
+  if grep -q 'dynamically looked up' <<<"$imports"; then
+    die "$(basename "$binary") imports symbols from no library: $(grep 'dynamically looked up' <<<"$imports" | head -5)"
+  fi
+  bad=$(grep -E '_MSHookMessageEx|_ABCFindPersonMatchingPhoneNumber' <<<"$imports" || true)
+  [[ -z $bad ]] || die "$(basename "$binary") imports a private function strongly: $bad"
+  # libc++ of iOS 7 has none of these; later firmware added them (optional's,
+  # variant's and any's exceptions in iOS 12, filesystem in 13, aligned
+  # allocation in 11, shared_mutex in 10, to_chars and atomic waits later).
+  bad=$(grep -E 'bad_optional_access|bad_variant_access|bad_any_cast|__fs10filesystem|St11align_val_t|shared_mutex|to_chars|from_chars|__libcpp_atomic_wait|__cxx_atomic_notify|verbose_abort' <<<"$imports" || true)
+  [[ -z $bad ]] || die "$(basename "$binary") needs a newer C++ library than iOS $min_os has: $bad"
+  llvm-otool-14 -l "$binary" | grep -A3 -E 'LC_VERSION_MIN_IPHONEOS|LC_BUILD_VERSION' |
+    grep -q -E "(version|minos) $min_os" || die "$(basename "$binary") does not say iOS $min_os"
+}
+check_imports "$dylib"
+check_imports "$bundle_binary"
+
+# --- the package ---------------------------------------------------------
+
+echo "package-device: staging the package"
+# Theos's layout folder first: it holds the PreferenceLoader entry and the
+# status-bar images, exactly as a Theos build copies it.
+cp -R "$device/layout/." "$stage/"
+install -D -m 0755 "$dylib" "$stage/Library/MobileSubstrate/DynamicLibraries/Hushwall.dylib"
+install -D -m 0644 "$device/Hushwall.plist" \
+  "$stage/Library/MobileSubstrate/DynamicLibraries/Hushwall.plist"
+bundle=$stage/Library/PreferenceBundles/HushwallSettings.bundle
+install -D -m 0755 "$bundle_binary" "$bundle/HushwallSettings"
+cp -R "$device/HushwallSettings/Resources/." "$bundle/"
+# The template database, by the very rule the Theos build stages it with.
+make -s -f "$device/HushwallSettings/template_db.mk" "$bundle/HSWL.db"
+mkdir -p "$stage/DEBIAN"
+{
+  cat "$device/control"
+  echo "Installed-Size: $(du -sk --exclude=DEBIAN "$stage" | cut -f1)"
+} >"$stage/DEBIAN/control"
+find "$stage" -type d -exec chmod 0755 {} +
+find "$stage" -type f ! -perm -u+x -exec chmod 0644 {} +
+
+deb=$out/${package}_${version}_iphoneos-arm.deb
+rm -f "$deb"
+# gzip: the dpkg of the firmware generation this targets reads it.
+dpkg-deb --root-owner-group -Zgzip --build "$stage" "$deb" >/dev/null
+echo "package-device: $deb"
