@@ -12,7 +12,7 @@ seconds=${1:-20}
 "$here/scripts/install-deps.sh"
 build=$("$here/scripts/configure-sanitized.sh")
 
-targets=(notification_text bulletin_context settings_file unformatted_number scenario)
+targets=(notification_text bulletin_context settings_file unformatted_number scenario picture_path)
 cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
 
 export LSAN_OPTIONS="suppressions=$here/scripts/lsan.supp:print_suppressions=0"
