@@ -70,7 +70,9 @@ bool sameShape(const json& given, const json& back) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace hushwall;
-  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  // The parser takes a NUL byte for the end of its input.
+  std::string_view text(reinterpret_cast<const char*>(data), size);
+  text = text.substr(0, text.find('\0'));
   json given = json::parse(text, nullptr, /*allow_exceptions=*/false);
   if (given.is_discarded()) return 0;
   const bool tooDeep = nestingOfText(text) > sim::kMaxConvertedNesting;
