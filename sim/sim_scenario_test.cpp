@@ -1,11 +1,8 @@
-// Scenarios that cannot be played: hushwall-sim names the step, ends with a
-// failure status and leaves nothing of the device running.
+// The scenario loader's boundary: scenarios that cannot be played are refused
+// before anything starts, naming the step; steps that fail on the device stop
+// it and leave nothing of it running.
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -24,16 +21,6 @@ std::string nested(std::size_t depth, const std::string& open, const std::string
   text += inner;
   for (std::size_t i = 0; i < depth; ++i) text += close;
   return text;
-}
-
-bool somethingListensOn(const std::string& socketPath) {
-  int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strncpy(address.sun_path, socketPath.c_str(), sizeof(address.sun_path) - 1);
-  bool listening = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
-  ::close(fd);
-  return listening;
 }
 
 TEST(HushwallSimScenario, RejectsABadScenarioBeforeAnythingStarts) {
