@@ -358,7 +358,9 @@ Scenario parseScenarioText(std::string_view text) {
   json document;
   try {
     document = json::parse(text);
-  } catch (const json::parse_error& e) {
+  } catch (const json::exception& e) {
+    // A syntax error, and also a number too large for a double (1e400),
+    // which the parser reports as out of range.
     throw ScenarioError(std::string("not valid JSON: ") + e.what());
   }
   return parseScenario(document);
