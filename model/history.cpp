@@ -9,6 +9,7 @@
 #include "model/database.h"
 #include "model/hushwall.h"
 #include "model/paths.h"
+#include "model/picture_path.h"
 #include "startup/notification_names.h"
 
 namespace hushwall {
@@ -179,25 +180,22 @@ void Hushwall::addHistoryWithArray(const host::Array& records) {
 host::Text Hushwall::saveImageOnDiskWithData(const std::optional<host::Bytes>& data,
                                             const host::OptText& phoneNumber) {
   host::FileSystem& files = *host::env().fileSystem;
-  // Joining as a path component folds the doubled and trailing "/", leaving
-  // <data dir>/NUMBER. An absent number prints as "(null)", in the folder and
-  // in the file name alike.
-  host::Text folder = host::appendingPathComponent(
-      host::T(kDataDirectory), host::formatObjects(u"/%@/", {phoneNumber}));
-  // A plain file of that name counts as existing too; the write below then
-  // fails, which is accepted.
-  if (!files.fileExists(folder)) files.createDirectory(folder);
-
   // Microsecond resolution in the name; two pictures saved within the same
   // microsecond share a path and the later one wins.
-  double now = host::env().clock->now();
-  host::Text file = host::appendingPathComponent(
-      folder, host::formatObjects(u"/%@-%@.png", {phoneNumber, host::formatDouble(now)}));
-
+  const PicturePath path = picturePath(phoneNumber, host::env().clock->now());
+  // A number that names no folder of the data directory (a sender address
+  // such as "../../tmp/x/4917@s.whatsapp.net") loses its picture, as any
+  // failed write does: nothing is made outside the data directory, and the
+  // caller still records the history row with the path, as it would after a
+  // write that failed.
+  if (!path.insideDataDirectory) return path.file;
+  // A plain file of that name counts as existing too; the write below then
+  // fails, which is accepted.
+  if (!files.fileExists(path.folder)) files.createDirectory(path.folder);
   // Atomically, so the settings bundle never shows a half-written picture.
   // The result is not looked at: the path goes into the record either way.
-  if (data) files.writeAtomically(file, *data);
-  return file;
+  if (data) files.writeAtomically(path.file, *data);
+  return path.file;
 }
 
 }  // namespace hushwall

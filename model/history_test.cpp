@@ -258,5 +258,27 @@ TEST(SaveImage, APlainFileInPlaceOfTheFolderLosesThePictureButNotThePath) {
   EXPECT_FALSE(fs::exists(env.root.native(host::toUtf8(path))));
 }
 
+TEST(SaveImage, ANumberThatNamesNoFolderOfTheDataDirectoryLosesItsPicture) {
+  testing::FakeEnv env;
+  Hushwall& hw = *Hushwall::sharedInstance();
+  const std::string dataDirectory = "/var/mobile/Library/Preferences/Hushwall";
+  const host::Text nul(1, u'\0');
+  // Each would put the picture outside its own folder: above the data
+  // directory, loose in it, or (cut at the NUL) in another number's folder.
+  for (const host::Text& number :
+       {T("../../../../../../../tmp/x/4917"), T("4917/../.."), T(".."), T("."), T("/"),
+        T("4917") + nul + T("x")}) {
+    SCOPED_TRACE(host::toUtf8(number));
+    host::Text path = hw.saveImageOnDiskWithData(host::Bytes{'p'}, number);
+    EXPECT_EQ(host::toUtf8(path).rfind(dataDirectory + "/", 0), 0u);
+    EXPECT_NE(host::toUtf8(path).find("-1400000000.500000.png"), std::string::npos)
+        << "the path is returned all the same, for the history row";
+    EXPECT_FALSE(fs::exists(env.root.native(dataDirectory))) << "nothing is made anywhere";
+    EXPECT_TRUE(fs::is_empty(env.root.path()));
+  }
+  // Dots inside a name are just characters.
+  EXPECT_TRUE(fs::exists(env.root.native(host::toUtf8(hw.saveImageOnDiskWithData(host::Bytes{'p'}, T("..49."))))));
+}
+
 }  // namespace
 }  // namespace hushwall

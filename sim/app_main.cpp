@@ -28,6 +28,7 @@
 
 #include "sim/app_observer.h"
 #include "sim/app_steps.h"
+#include "sim/json_values.h"
 #include "sim/protocol.h"
 #include "simhost/host_log.h"
 #include "simhost/simulated_app.h"
@@ -85,6 +86,8 @@ class Server {
     } catch (const StepError& e) {
       answer = {{"error", e.what()}};
     } catch (const json::exception& e) {
+      answer = {{"error", std::string("bad request: ") + e.what()}};
+    } catch (const TooDeeplyNested& e) {
       answer = {{"error", std::string("bad request: ") + e.what()}};
     }
     center.roundTripToBus();

@@ -5,16 +5,47 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
 #include "sim/child_cleanup.h"
 
 namespace hushwall::sim {
+namespace {
+
+// What /proc/PID/stat says of a process: its state (after the command name
+// in parentheses, the first field) and the processor time it has used, user
+// and system, in clock ticks (the 12th and 13th fields). Nothing once the
+// process is gone.
+struct Usage {
+  char state = 0;
+  unsigned long long ticks = 0;
+};
+
+Usage usageOf(pid_t pid) {
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+  Usage usage;
+  std::size_t close = text.rfind(')');
+  if (close == std::string::npos) return usage;
+  std::istringstream fields(text.substr(close + 1));
+  std::string field;
+  for (int i = 1; i <= 13 && fields >> field; ++i) {
+    if (i == 1) usage.state = field[0];
+    if (i >= 12) usage.ticks += std::strtoull(field.c_str(), nullptr, 10);
+  }
+  return usage;
+}
+
+}  // namespace
 
 AppProcess::AppProcess(std::string name, const std::vector<std::string>& argv, std::string logFile)
     : name_(std::move(name)), logFile_(std::move(logFile)) {
@@ -71,31 +102,81 @@ void AppProcess::reap(bool block) {
   }
 }
 
-std::optional<nlohmann::json> AppProcess::awaitReply(int timeoutMs) {
-  std::string line;
-  switch (reader_->readLine(line, timeoutMs)) {
-    case LineReader::Status::kLine: {
-      nlohmann::json reply = nlohmann::json::parse(line, nullptr, false);
-      if (reply.is_discarded() || !reply.is_object()) {
-        throw std::runtime_error(name_ + " answered with something that is no JSON object: " + line);
-      }
-      return reply;
-    }
-    case LineReader::Status::kEnd:
-      reap(true);
-      return std::nullopt;
-    case LineReader::Status::kTimeout:
-      break;
+std::optional<unsigned long long> AppProcess::activity() const {
+  const Usage usage = usageOf(pid_);
+  // Running, or waiting for the disk (a commit's sync, which may take long
+  // on a busy machine): working either way.
+  if (usage.state == 'R' || usage.state == 'D') return std::nullopt;
+  unsigned long long total = usage.ticks;
+  std::ifstream io("/proc/" + std::to_string(pid_) + "/io");
+  std::string key;
+  unsigned long long value = 0;
+  while (io >> key >> value) {
+    if (key == "rchar:" || key == "wchar:") total += value;
   }
-  throw std::runtime_error(name_ + " did not answer within " + std::to_string(timeoutMs / 1000) + " s");
+  return total;
 }
 
-std::optional<nlohmann::json> AppProcess::request(const nlohmann::json& message, int timeoutMs) {
+double AppProcess::processorSeconds() const {
+  return static_cast<double>(usageOf(pid_).ticks) / static_cast<double>(::sysconf(_SC_CLK_TCK));
+}
+
+std::optional<nlohmann::json> AppProcess::awaitReply(const ReplyWait& wait) {
+  using Clock = std::chrono::steady_clock;
+  constexpr auto kReportEvery = std::chrono::seconds(5);
+  const auto start = Clock::now();
+  auto lastProgress = start, nextReport = start + kReportEvery;
+  const double processorAtStart = wait.progress ? processorSeconds() : 0;
+  std::optional<unsigned long long> seen = activity();
+  const int slice = std::max(1, std::min(wait.idleMs / 4, 1000));
+  owesReply_ = true;
+  std::string line;
+  for (;;) {
+    switch (reader_->readLine(line, slice)) {
+      case LineReader::Status::kLine: {
+        owesReply_ = false;
+        nlohmann::json reply = nlohmann::json::parse(line, nullptr, false);
+        if (reply.is_discarded() || !reply.is_object()) {
+          throw std::runtime_error(name_ + " answered with something that is no JSON object: " + line);
+        }
+        return reply;
+      }
+      case LineReader::Status::kEnd:
+        owesReply_ = false;
+        reap(true);
+        return std::nullopt;
+      case LineReader::Status::kTimeout:
+        break;
+    }
+    const auto now = Clock::now();
+    const std::optional<unsigned long long> active = activity();
+    if (!active || active != seen) lastProgress = now;
+    seen = active;
+    auto ms = [](Clock::duration d) {
+      return std::chrono::duration_cast<std::chrono::milliseconds>(d).count();
+    };
+    if (ms(now - lastProgress) >= wait.idleMs) {
+      throw std::runtime_error(name_ + " did not answer and did no work for " +
+                               std::to_string(wait.idleMs / 1000.0).substr(0, 4) + " s");
+    }
+    if (ms(now - start) >= wait.totalMs) {
+      throw std::runtime_error(name_ + " did not answer within " +
+                               std::to_string(wait.totalMs / 1000) + " s, although it kept working");
+    }
+    if (wait.progress && now >= nextReport) {
+      nextReport += kReportEvery;
+      wait.progress(ms(now - start) / 1000.0, processorSeconds() - processorAtStart);
+    }
+  }
+}
+
+std::optional<nlohmann::json> AppProcess::request(const nlohmann::json& message,
+                                                  const ReplyWait& wait) {
   if (status_ || !writeLine(toChild_, message)) {
     reap(true);
     return std::nullopt;
   }
-  return awaitReply(timeoutMs);
+  return awaitReply(wait);
 }
 
 void AppProcess::waitForExit(int timeoutMs) {

@@ -7,6 +7,7 @@
 #include <sys/types.h>
 
 #include <nlohmann/json.hpp>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +15,17 @@
 #include "sim/protocol.h"
 
 namespace hushwall::sim {
+
+// How long to wait for a reply. An app may take as long as it needs while it
+// works (uses the processor or does I/O), but no longer than `idleMs` without
+// doing either, and no longer than `totalMs` in all. `progress`, when set, is
+// told every few seconds how long the wait has lasted and how much processor
+// time the app has used meanwhile.
+struct ReplyWait {
+  int idleMs = 30000;
+  long long totalMs = 30000;
+  std::function<void(double waitedSeconds, double processorSeconds)> progress;
+};
 
 class AppProcess {
  public:
@@ -28,10 +40,13 @@ class AppProcess {
   pid_t pid() const { return pid_; }
 
   // The next reply; nothing when the process ended instead. Throws
-  // std::runtime_error when nothing comes within `timeoutMs`.
-  std::optional<nlohmann::json> awaitReply(int timeoutMs);
+  // std::runtime_error when the wait runs out; the process then still owes
+  // that reply (owesReply()), so its next line would answer the wrong
+  // request, and it is to be killed rather than asked again.
+  std::optional<nlohmann::json> awaitReply(const ReplyWait& wait);
   // Sends a request and waits for its reply, as awaitReply.
-  std::optional<nlohmann::json> request(const nlohmann::json& message, int timeoutMs);
+  std::optional<nlohmann::json> request(const nlohmann::json& message, const ReplyWait& wait);
+  bool owesReply() const { return owesReply_; }
   // Waits for the process to end by itself; kills it after `timeoutMs`.
   void waitForExit(int timeoutMs);
   // How the process ended ("killed by signal 6 (Aborted)") and the last
@@ -40,6 +55,12 @@ class AppProcess {
 
  private:
   void reap(bool block);
+  // The processor time (in clock ticks) and the bytes read and written that
+  // the process has used so far, as one count that grows while it works;
+  // nothing while it is running or waiting for the disk at this moment.
+  std::optional<unsigned long long> activity() const;
+  // The processor time it has used so far.
+  double processorSeconds() const;
 
   std::string name_;
   std::string logFile_;
@@ -47,6 +68,7 @@ class AppProcess {
   int toChild_ = -1;
   int fromChild_ = -1;
   std::optional<int> status_;  // set once reaped
+  bool owesReply_ = false;
   std::optional<LineReader> reader_;
 };
 

@@ -16,10 +16,9 @@ int sextet(char c) {
   return -1;
 }
 
-}  // namespace
-
-host::Value valueFromJson(const nlohmann::json& given) {
+host::Value valueAtLevel(const nlohmann::json& given, std::size_t level) {
   using Type = nlohmann::json::value_t;
+  if (given.is_structured() && level > kMaxConvertedNesting) throw TooDeeplyNested();
   switch (given.type()) {
     case Type::boolean: return host::Value::boolean(given.get<bool>());
     case Type::number_integer:
@@ -31,20 +30,22 @@ host::Value valueFromJson(const nlohmann::json& given) {
       return host::Value::string(host::T(given.get<std::string>()));
     case Type::array: {
       host::Array items;
-      for (const auto& item : given) items.push_back(valueFromJson(item));
+      for (const auto& item : given) items.push_back(valueAtLevel(item, level + 1));
       return host::Value::array(std::move(items));
     }
     case Type::object: {
       host::Dict entries;
-      for (const auto& [key, item] : given.items()) entries[host::T(key)] = valueFromJson(item);
+      for (const auto& [key, item] : given.items()) entries[host::T(key)] = valueAtLevel(item, level + 1);
       return host::Value::dictionary(std::move(entries));
     }
     default: return host::Value();
   }
 }
 
-nlohmann::json jsonFromValue(const host::Value& value) {
+nlohmann::json jsonAtLevel(const host::Value& value, std::size_t level) {
   using Kind = host::Value::Kind;
+  const bool container = value.kind() == Kind::kArray || value.kind() == Kind::kDictionary;
+  if (container && level > kMaxConvertedNesting) throw TooDeeplyNested();
   switch (value.kind()) {
     case Kind::kNil: return nullptr;
     case Kind::kBoolean: return value.boolValue();
@@ -55,12 +56,14 @@ nlohmann::json jsonFromValue(const host::Value& value) {
     case Kind::kData: return encodeBase64(*value.bytes());
     case Kind::kArray: {
       nlohmann::json items = nlohmann::json::array();
-      for (const auto& item : *value.array()) items.push_back(jsonFromValue(item));
+      for (const auto& item : *value.array()) items.push_back(jsonAtLevel(item, level + 1));
       return items;
     }
     case Kind::kDictionary: {
       nlohmann::json entries = nlohmann::json::object();
-      for (const auto& [key, item] : *value.dictionary()) entries[host::toUtf8(key)] = jsonFromValue(item);
+      for (const auto& [key, item] : *value.dictionary()) {
+        entries[host::toUtf8(key)] = jsonAtLevel(item, level + 1);
+      }
       return entries;
     }
     case Kind::kObject: return "<object>";
@@ -68,6 +71,16 @@ nlohmann::json jsonFromValue(const host::Value& value) {
   }
   return nullptr;
 }
+
+}  // namespace
+
+TooDeeplyNested::TooDeeplyNested()
+    : std::invalid_argument("a value nested more than " + std::to_string(kMaxConvertedNesting) +
+                            " levels deep") {}
+
+host::Value valueFromJson(const nlohmann::json& given) { return valueAtLevel(given, 1); }
+
+nlohmann::json jsonFromValue(const host::Value& value) { return jsonAtLevel(value, 1); }
 
 std::optional<host::Bytes> decodeBase64(std::string_view text) {
   while (!text.empty() && text.back() == '=') text.remove_suffix(1);

@@ -4,13 +4,26 @@
 #ifndef HUSHWALL_SIM_JSON_VALUES_H_
 #define HUSHWALL_SIM_JSON_VALUES_H_
 
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 
 #include "host/value.h"
 
 namespace hushwall::sim {
+
+// The conversions recurse once per level of nesting, so they take no more
+// levels than this (a container holding only plain values is one level) and
+// throw TooDeeplyNested for a deeper value before the stack can overflow.
+// The scenario loader refuses deep values well before this.
+inline constexpr std::size_t kMaxConvertedNesting = 256;
+
+class TooDeeplyNested : public std::invalid_argument {
+ public:
+  TooDeeplyNested();
+};
 
 // null is nil; whole numbers are integers, others reals; objects are
 // dictionaries. Strings are of the base string class.

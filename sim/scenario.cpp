@@ -3,12 +3,20 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <map>
 
+#include "platform/linux/dbus_signal_name.h"
+#include "platform/linux/plist_limits.h"
 #include "sim/json_values.h"
 
 namespace hushwall::sim {
 namespace {
+
+// What the loader accepts, the simulator must be able to convert and the
+// apps to read back from the settings file.
+static_assert(kMaxScenarioNesting < kMaxConvertedNesting);
+static_assert(kMaxScenarioNesting < linux_platform::kMaxPlistNesting);
 
 using nlohmann::json;
 
@@ -89,12 +97,99 @@ void checkOneOf(const json& value, std::initializer_list<const char*> allowed, c
   fail(where, "field \"" + std::string(field) + "\" must be one of " + list);
 }
 
-// A settings value must have a property-list form: no null anywhere.
-void checkPlistValue(const json& value, const std::string& where) {
-  if (value.is_null()) fail(where, "has no property-list form (null)");
-  if (value.is_structured()) {
-    for (const auto& [key, item] : value.items()) checkPlistValue(item, where + "/" + key);
+// Text the simulator writes into a file or a database itself (the settings
+// file, the address book, the databases, a process's command line, a
+// notification name) must hold no NUL character: the C interfaces it goes
+// through end the text there, so "49\u000017" would be stored as "49". Texts
+// handed to the apps' classes (stanzas, messages, cells, bulletins) may hold
+// one, as the host's strings can on the phone; what the library makes of
+// them is for the run to show.
+void checkNoNul(const std::string& text, const std::string& where, const std::string& what) {
+  if (text.find('\0') != std::string::npos) fail(where, what + " holds a NUL character (\\u0000)");
+}
+
+void checkNoNulIn(const json& object, std::initializer_list<const char*> fields,
+                  const std::string& where) {
+  for (const char* field : fields) {
+    if (object.contains(field) && object[field].is_string()) {
+      checkNoNul(object[field].get_ref<const std::string&>(), where,
+                 "field \"" + std::string(field) + "\"");
+    }
   }
+}
+
+// A settings value must have a property-list form: no null anywhere, and
+// keys and strings without NUL (the property-list library ends them there,
+// and aborts on a key that holds one). The loader has bounded the nesting
+// already; the level is checked again so that this recursion can never run
+// away on its own.
+void checkPlistValue(const json& value, const std::string& where, std::size_t level = 1) {
+  if (value.is_null()) fail(where, "has no property-list form (null)");
+  if (value.is_string()) checkNoNul(value.get_ref<const std::string&>(), where, "the text");
+  if (!value.is_structured()) return;
+  if (level > kMaxScenarioNesting) fail(where, "is nested too deeply");
+  for (const auto& [key, item] : value.items()) {
+    checkNoNul(key, where, "the key \"" + key.substr(0, key.find('\0')) + "...\"");
+    checkPlistValue(item, where + "/" + key, level + 1);
+  }
+}
+
+// Where `document` nests containers more than `limit` deep: the keys (or
+// indexes) from the document down to the first container too many. Walked
+// with a stack of its own, since the document may be nested far deeper than
+// the call stack could follow.
+std::optional<std::vector<std::string>> placeDeeperThan(const json& document, std::size_t limit) {
+  if (!document.is_structured()) return std::nullopt;
+  struct Level {
+    const json* container;
+    json::const_iterator at;
+    std::size_t index;
+  };
+  std::vector<Level> path = {{&document, document.cbegin(), 0}};
+  while (!path.empty()) {
+    Level& top = path.back();
+    if (top.at == top.container->cend()) {
+      path.pop_back();
+      if (!path.empty()) ++path.back().at, ++path.back().index;
+      continue;
+    }
+    const json& child = *top.at;
+    if (!child.is_structured()) {
+      ++top.at, ++top.index;
+      continue;
+    }
+    if (path.size() >= limit) {
+      std::vector<std::string> place;
+      for (const Level& level : path) {
+        place.push_back(level.container->is_object() ? level.at.key() : std::to_string(level.index));
+      }
+      return place;
+    }
+    path.push_back({&child, child.cbegin(), 0});
+  }
+  return std::nullopt;
+}
+
+// Refuses a document nested deeper than the loader takes, naming the step
+// (or the part of the scenario) and where inside it the nesting goes on.
+void checkNesting(const json& document) {
+  auto place = placeDeeperThan(document, kMaxScenarioNesting);
+  if (!place) return;
+  std::string where = "scenario";
+  std::size_t skip = 0;
+  if (place->size() >= 2 && (*place)[0] == "steps") {
+    const json& step = document["steps"][std::stoul((*place)[1])];
+    where = "step " + std::to_string(std::stoul((*place)[1]) + 1);
+    if (step.is_object() && step.contains("do") && step["do"].is_string()) {
+      where += " (" + step["do"].get<std::string>() + ")";
+    }
+    skip = 2;
+  }
+  std::string inside;
+  for (std::size_t i = skip; i < place->size() && i < skip + 4; ++i) inside += (*place)[i] + "/";
+  if (place->size() > skip + 4) inside += ".../";
+  fail(where, "nested more than " + std::to_string(kMaxScenarioNesting) + " levels deep" +
+                  (inside.empty() ? std::string() : " (at " + inside.substr(0, inside.size() - 1) + ")"));
 }
 
 const Fields kStanza = {{"id", kString}, {"fromJID", kString}, {"text", kString},
@@ -165,6 +260,18 @@ Step parseStep(const json& given, int number) {
   }
   if (step.kind == "restart") checkOneOf(given["process"], {"springboard", "whatsapp"}, named, "process");
   if (step.kind == "settings") checkPlistValue(given["values"], named + ": values");
+  if (step.kind == "blacklistAdd" || step.kind == "blacklistRemove") {
+    checkNoNulIn(given, {"phoneNumber", "name"}, named);
+  }
+  if (step.kind == "post") {
+    const std::string& name = given["name"].get_ref<const std::string&>();
+    checkNoNul(name, named, "field \"name\"");
+    try {
+      linux_platform::signalNameOf(name);
+    } catch (const std::invalid_argument& e) {
+      fail(named, e.what());
+    }
+  }
   return step;
 }
 
@@ -184,6 +291,8 @@ std::optional<std::string> appOfStep(const std::string& kind) {
 }
 
 Scenario parseScenario(const json& document) {
+  // Before anything copies or walks the document recursively.
+  checkNesting(document);
   checkObject(document, {{"settings", kObject}, {"blacklist", kArray}, {"contacts", kArray},
                          {"chatStorage", kArray}, {"steps", kArray}},
               "scenario");
@@ -195,6 +304,10 @@ Scenario parseScenario(const json& document) {
   if (document.contains("blacklist")) {
     checkEachObject(document["blacklist"], {{"name", kString}, {"phoneNumber", kString, true}},
                     "scenario", "blacklist entry");
+    for (std::size_t i = 0; i < document["blacklist"].size(); ++i) {
+      checkNoNulIn(document["blacklist"][i], {"name", "phoneNumber"},
+                   "scenario: blacklist entry " + std::to_string(i + 1));
+    }
     for (const json& row : document["blacklist"]) {
       scenario.blacklist.push_back({row.value("name", ""), row["phoneNumber"].get<std::string>()});
     }
@@ -203,8 +316,12 @@ Scenario parseScenario(const json& document) {
     scenario.contacts.emplace();
     for (std::size_t i = 0; i < document["contacts"].size(); ++i) {
       const json& number = document["contacts"][i];
-      if (!number.is_string()) {
-        fail("scenario: contact " + std::to_string(i + 1), "must be a string, not " + typeOf(number));
+      const std::string where = "scenario: contact " + std::to_string(i + 1);
+      if (!number.is_string()) fail(where, "must be a string, not " + typeOf(number));
+      checkNoNul(number.get_ref<const std::string&>(), where, "the number");
+      // One line of the address book's vCard file holds one number.
+      if (number.get_ref<const std::string&>().find_first_of("\r\n") != std::string::npos) {
+        fail(where, "the number holds a line break");
       }
       scenario.contacts->push_back(number.get<std::string>());
     }
@@ -212,6 +329,10 @@ Scenario parseScenario(const json& document) {
   if (document.contains("chatStorage")) {
     checkEachObject(document["chatStorage"], {{"ZTOJID", kString | kNull}, {"ZFROMJID", kString | kNull}},
                     "scenario", "chatStorage row");
+    for (std::size_t i = 0; i < document["chatStorage"].size(); ++i) {
+      checkNoNulIn(document["chatStorage"][i], {"ZTOJID", "ZFROMJID"},
+                   "scenario: chatStorage row " + std::to_string(i + 1));
+    }
     scenario.chatStorage.emplace();
     for (const json& row : document["chatStorage"]) {
       auto jid = [&](const char* key) -> std::optional<std::string> {
@@ -228,17 +349,30 @@ Scenario parseScenario(const json& document) {
   return scenario;
 }
 
-Scenario loadScenario(const std::string& path) {
-  std::ifstream file(path);
-  if (!file) throw ScenarioError("cannot read the scenario file " + path + ": " + std::strerror(errno));
+Scenario parseScenarioText(std::string_view text) {
+  // JSON text holds no raw NUL, and the parser would take one for the end of
+  // its input, accepting whatever junk follows.
+  if (std::size_t nul = text.find('\0'); nul != std::string_view::npos) {
+    throw ScenarioError("not valid JSON: a NUL byte at offset " + std::to_string(nul));
+  }
   json document;
   try {
-    document = json::parse(file);
-  } catch (const json::parse_error& e) {
-    throw ScenarioError(path + ": not valid JSON: " + e.what());
+    document = json::parse(text);
+  } catch (const json::exception& e) {
+    // A syntax error, and also a number too large for a double (1e400),
+    // which the parser reports as out of range.
+    throw ScenarioError(std::string("not valid JSON: ") + e.what());
   }
+  return parseScenario(document);
+}
+
+Scenario loadScenario(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw ScenarioError("cannot read the scenario file " + path + ": " + std::strerror(errno));
+  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  if (file.bad()) throw ScenarioError("cannot read the scenario file " + path + ": " + std::strerror(errno));
   try {
-    return parseScenario(document);
+    return parseScenarioText(text);
   } catch (const ScenarioError& e) {
     throw ScenarioError(path + ": " + e.what());
   }

@@ -9,6 +9,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace hushwall::sim {
@@ -44,8 +45,16 @@ struct Scenario {
   std::vector<Step> steps;
 };
 
+// The most levels of nested arrays and objects a scenario may have, the
+// document itself counting as one: far more than any scenario needs, well
+// below what the simulator's conversions take (kMaxConvertedNesting in
+// sim/json_values.h) and what the apps read back from a property list.
+inline constexpr std::size_t kMaxScenarioNesting = 128;
+
 // Throws ScenarioError.
 Scenario parseScenario(const nlohmann::json& document);
+// The text of a scenario file.
+Scenario parseScenarioText(std::string_view text);
 Scenario loadScenario(const std::string& path);
 
 // "step 3 (tap)".

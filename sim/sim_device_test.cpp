@@ -96,6 +96,27 @@ TEST(HushwallSim, PlaysTheWalkThroughOfABlockedMessageAcrossBothProcesses) {
   EXPECT_NE(result.output.find("springboard status bar shows HSWL"), std::string::npos) << result.output;
 }
 
+TEST(HushwallSim, ASenderAddressThatClimbsOutOfTheDataDirectoryLosesOnlyItsPicture) {
+  SimRun sim;
+  // From the data directory, nine levels up is above the device root, in the
+  // test's own folder.
+  const std::string climbing = "../../../../../../../../../escape/4917";
+  json stanza = {{"id", "m1"}, {"fromJID", climbing + "@s.whatsapp.net"}, {"text", "pic"},
+                 {"timestamp", kT}, {"hasMedia", true}, {"mediaType", 1}, {"media", "AAEC"}};
+  json scenario = {{"settings", settings({"Enabled", "SaveHistory"})},
+                   {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", "4917"}}}},
+                   {"steps", {{{"do", "incoming"}, {"at", kT}, {"stanzas", {stanza}}}}}};
+  SimResult result = sim.play(scenario);
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.state["whatsapp"]["receipts"], json::array({json::array({"m1"})})) << "still blocked";
+  ASSERT_EQ(result.state["database"]["History"].size(), 1u) << "the history row is written all the same";
+  EXPECT_EQ(result.state["database"]["History"][0]["phoneNumber"], climbing);
+  EXPECT_EQ(result.state["files"], json::array());
+  EXPECT_FALSE(std::filesystem::exists(sim.file("escape")));
+  EXPECT_FALSE(std::filesystem::exists(sim.deviceRoot() + "/escape"));
+  EXPECT_FALSE(std::filesystem::exists(sim.deviceRoot() + "/var/mobile/Library/Preferences/escape"));
+}
+
 TEST(HushwallSim, ABlacklistChangeMadeInWhatsAppReachesSpringBoard) {
   SimRun sim;
   json scenario = {

@@ -2,16 +2,20 @@
 // phone, with WhatsApp and SpringBoard as two processes that load the
 // library at start and share only the device's files and notifications.
 //
-//   hushwall-sim run SCENARIO.json [--state STATE.json] [--root DIR]
-//   hushwall-sim demo [--state STATE.json] [--root DIR]
+//   hushwall-sim run SCENARIO.json [--state STATE.json] [--root DIR] [--reply-limit S]
+//   hushwall-sim demo [--state STATE.json] [--root DIR] [--reply-limit S]
 //
 // It prints a transcript of what each process saw and did, then writes the
 // final state as JSON to STATE.json (or prints it). Without --root the
 // device lives in a temporary directory that is removed at the end; with it,
-// DIR (new or empty) keeps the device for a look afterwards.
+// DIR (new or empty) keeps the device for a look afterwards. An app may take
+// as long as it keeps working on a step; one that does no work for S seconds
+// (30 by default) is given up on.
 //
 // Exit status: 0 played; 1 the device could not play it (a step that cannot
-// be done, a process that would not start); 2 a bad command line or scenario.
+// be done, a process that would not start or answer), after writing the
+// state it reached with the failure in it; 2 a bad command line or scenario,
+// before anything is made.
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -19,7 +23,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <optional>
+#include <stdexcept>
 
+#include "platform/linux/device_bus_address.h"
 #include "sim/child_cleanup.h"
 #include "sim/scenario.h"
 #include "sim/simulation.h"
@@ -42,6 +49,9 @@ class DeviceRoot {
       temporary_ = true;
       return;
     }
+    // The bus socket lives under the root, and a unix socket's path is short:
+    // a root too long for it is refused before the directory is made.
+    linux_platform::deviceBusSocketPath(fs::weakly_canonical(fs::absolute(given)).string());
     fs::create_directories(given);
     if (!fs::is_empty(given)) {
       throw std::runtime_error("the device root " + given + " is not empty; give a new or empty directory");
@@ -68,29 +78,44 @@ std::string companionFile(const std::string& name, const std::string& built) {
   return !ec && fs::exists(beside) ? beside.string() : built;
 }
 
-int play(const std::string& scenarioPath, const std::string& statePath, const std::string& rootPath) {
+int play(const std::string& scenarioPath, const std::string& statePath, const std::string& rootPath,
+         double replyLimitSeconds) {
   Scenario scenario;
+  std::optional<DeviceRoot> root;
   try {
     scenario = loadScenario(scenarioPath);
+    root.emplace(rootPath);
   } catch (const ScenarioError& e) {
     std::cerr << "hushwall-sim: " << e.what() << "\n";
     return 2;
+  } catch (const std::invalid_argument& e) {
+    std::cerr << "hushwall-sim: " << e.what() << "\n";
+    return 2;
+  } catch (const std::exception& e) {
+    std::cerr << "hushwall-sim: " << e.what() << "\n";
+    return 1;
   }
   try {
-    DeviceRoot root(rootPath);
     Transcript transcript(std::cout);
     transcript.heading("Hushwall on a simulated device: " + scenarioPath);
-    transcript.heading("Device root: " + root.path() + (root.temporary() ? " (removed at the end)" : ""));
+    transcript.heading("Device root: " + root->path() + (root->temporary() ? " (removed at the end)" : ""));
     const SimulationPaths paths{companionFile("hushwall-app", HUSHWALL_APP_PATH), HUSHWALL_LIBRARY_PATH,
                                 companionFile("HSWL.db", HUSHWALL_TEMPLATE_DB)};
-    const nlohmann::json state = runScenario(scenario, root.path(), paths, transcript);
+    const RunOutcome outcome = runScenario(scenario, root->path(), paths,
+                                           static_cast<int>(replyLimitSeconds * 1000), transcript);
+    const std::string title = outcome.failure ? "State when the run stopped" : "Final state";
     if (statePath.empty()) {
-      std::cout << "\nFinal state:\n" << state.dump(2) << "\n";
+      std::cout << "\n" << title << ":\n" << outcome.state.dump(2) << "\n";
     } else {
       std::ofstream file(statePath);
-      file << state.dump(2) << "\n";
+      file << outcome.state.dump(2) << "\n";
       if (!file.flush()) throw std::runtime_error("cannot write the final state to " + statePath);
-      std::cout << "\nFinal state written to " << statePath << "\n";
+      std::cout << "\n" << title << " written to " << statePath << "\n";
+    }
+    if (outcome.failure) {
+      std::cout.flush();
+      std::cerr << "hushwall-sim: " << *outcome.failure << "\n";
+      return 1;
     }
     return 0;
   } catch (const std::exception& e) {
@@ -107,12 +132,16 @@ int main(int argc, char** argv) {
   CLI::App cli{"hushwall-sim: Hushwall on a simulated device with WhatsApp and SpringBoard"};
   cli.require_subcommand(1);
   std::string scenario, state, root;
+  double replyLimit = hushwall::sim::kDefaultReplyIdleMs / 1000.0;
   CLI::App* run = cli.add_subcommand("run", "Play a scenario file");
   run->add_option("SCENARIO", scenario, "the scenario (JSON)")->required();
   CLI::App* demo = cli.add_subcommand("demo", "Play the demonstration scenario shipped with Hushwall");
   for (CLI::App* command : {run, demo}) {
     command->add_option("--state", state, "write the final state (JSON) to this file");
     command->add_option("--root", root, "keep the device in this new or empty directory");
+    command->add_option("--reply-limit", replyLimit,
+                        "give up on an app that does no work for this many seconds (default 30)")
+        ->check(CLI::Range(0.1, 86400.0));
   }
   try {
     // The scenario's and the state file's names end up in the transcript and
@@ -124,5 +153,6 @@ int main(int argc, char** argv) {
   }
   CLI11_PARSE(cli, argc, argv);
   hushwall::sim::installChildCleanup();
-  return hushwall::sim::play(demo->parsed() ? HUSHWALL_DEMO_SCENARIO : scenario, state, root);
+  return hushwall::sim::play(demo->parsed() ? HUSHWALL_DEMO_SCENARIO : scenario, state, root,
+                             replyLimit);
 }

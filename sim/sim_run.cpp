@@ -1,10 +1,13 @@
 #include "sim/sim_run.h"
 
 #include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -25,24 +28,40 @@ std::string slurp(const std::string& path) {
 }  // namespace
 
 SimResult SimRun::play(const nlohmann::json& scenario) const {
-  std::ofstream(file("scenario.json")) << scenario.dump(2);
-  return playFile(file("scenario.json"));
+  return finish(start(scenario));
 }
 
-SimResult SimRun::playFile(const std::string& path) const {
+SimResult SimRun::playFile(const std::string& path) const { return finish(startFile(path, {})); }
+
+pid_t SimRun::start(const nlohmann::json& scenario, const std::vector<std::string>& options) const {
+  std::ofstream(file("scenario.json")) << scenario.dump(2);
+  return startFile(file("scenario.json"), options);
+}
+
+pid_t SimRun::startFile(const std::string& path, const std::vector<std::string>& options) const {
   const std::string out = file("out.txt"), err = file("err.txt"), state = file("state.json");
   fs::remove(state);
+  std::vector<std::string> argv = {"hushwall-sim", "run", path, "--root", deviceRoot(), "--state", state};
+  argv.insert(argv.end(), options.begin(), options.end());
+  std::vector<char*> args;
+  for (std::string& arg : argv) args.push_back(arg.data());
+  args.push_back(nullptr);
   pid_t pid = ::fork();
   if (pid == 0) {
     std::freopen(out.c_str(), "w", stdout);
     std::freopen(err.c_str(), "w", stderr);
-    ::execl(HUSHWALL_SIM_PATH, "hushwall-sim", "run", path.c_str(), "--root", deviceRoot().c_str(),
-            "--state", state.c_str(), static_cast<char*>(nullptr));
+    ::execv(HUSHWALL_SIM_PATH, args.data());
     ::_exit(127);
   }
+  return pid;
+}
+
+std::string SimRun::output() const { return slurp(file("out.txt")); }
+
+SimResult SimRun::finish(pid_t pid, int timeoutSeconds) const {
   SimResult result;
   int status = 0;
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
   while (::waitpid(pid, &status, WNOHANG) == 0) {
     if (std::chrono::steady_clock::now() > deadline) {
       ::kill(pid, SIGTERM);  // its handler takes its children along
@@ -52,9 +71,9 @@ SimResult SimRun::playFile(const std::string& path) const {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
-  result.output = slurp(out);
-  result.errors = slurp(err);
-  if (fs::exists(state)) result.state = nlohmann::json::parse(slurp(state));
+  result.output = slurp(file("out.txt"));
+  result.errors = slurp(file("err.txt"));
+  if (fs::exists(file("state.json"))) result.state = nlohmann::json::parse(slurp(file("state.json")));
   return result;
 }
 
@@ -69,6 +88,16 @@ std::vector<pid_t> processesMentioning(const std::string& text) {
     if (commandLine.find(text) != std::string::npos) found.push_back(pid);
   }
   return found;
+}
+
+bool somethingListensOn(const std::string& socketPath) {
+  int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, socketPath.c_str(), sizeof(address.sun_path) - 1);
+  bool listening = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
+  ::close(fd);
+  return listening;
 }
 
 }  // namespace hushwall::sim

@@ -23,22 +23,38 @@ struct SimResult {
 
 class SimRun {
  public:
-  SimRun() = default;
+  // The device root is `rootName` inside a temporary folder of the test's.
+  explicit SimRun(std::string rootName = "device") : rootName_(std::move(rootName)) {}
 
   // The device root hushwall-sim is told to use (not made beforehand).
-  std::string deviceRoot() const { return work_.path() + "/device"; }
+  std::string deviceRoot() const { return work_.path() + "/" + rootName_; }
   // Writes `scenario` to a file and plays it.
   SimResult play(const nlohmann::json& scenario) const;
   // Plays a scenario file as it is (which may be missing or broken).
   SimResult playFile(const std::string& path) const;
   std::string file(const std::string& name) const { return work_.path() + "/" + name; }
 
+  // Writes `scenario` to a file and starts hushwall-sim on it with `options`
+  // added to its command line, without waiting for it.
+  pid_t start(const nlohmann::json& scenario, const std::vector<std::string>& options = {}) const;
+  // Waits for a started hushwall-sim (at most `timeoutSeconds`; then it is
+  // stopped with SIGTERM) and collects what it left.
+  SimResult finish(pid_t pid, int timeoutSeconds = 60) const;
+  // What it printed so far.
+  std::string output() const;
+
  private:
+  pid_t startFile(const std::string& path, const std::vector<std::string>& options) const;
+
+  std::string rootName_;
   testing::TempDeviceRoot work_;
 };
 
 // Processes (other than this one) whose command line mentions `text`.
 std::vector<pid_t> processesMentioning(const std::string& text);
+
+// Whether a server accepts connections on the unix socket at `socketPath`.
+bool somethingListensOn(const std::string& socketPath);
 
 }  // namespace hushwall::sim
 

@@ -1,6 +1,7 @@
 #include "sim/simulation.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -11,6 +12,7 @@
 #include "platform/linux/dbus_daemon.h"
 #include "platform/linux/dbus_notify_center.h"
 #include "platform/linux/device_root_file_system.h"
+#include "platform/linux/device_bus_address.h"
 #include "sim/app_process.h"
 #include "sim/child_cleanup.h"
 #include "sim/device_setup.h"
@@ -23,8 +25,10 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int kReplyTimeoutMs = 30000;
 constexpr int kExitTimeoutMs = 5000;
+// On top of the idle limit, how long a step may take per stanza it hands
+// over before the simulator stops waiting even for an app that keeps busy.
+constexpr long long kMsPerStanza = 50;
 // Callbacks that post, whose posts are heard by callbacks that post, ...:
 // a device that keeps talking this long after a step never settles.
 constexpr int kMaxSettleRounds = 20;
@@ -41,10 +45,27 @@ struct RunningBus {
 class Simulation {
  public:
   Simulation(const Scenario& scenario, const std::string& root, const SimulationPaths& paths,
-             Transcript& transcript)
-      : scenario_(scenario), root_(root), paths_(paths), transcript_(transcript) {}
+             int replyIdleMs, Transcript& transcript)
+      : scenario_(scenario), root_(root), paths_(paths), replyIdleMs_(replyIdleMs),
+        transcript_(transcript) {}
 
-  json run() {
+  // A run that cannot go on still reports what the device holds by then,
+  // with the failure in it.
+  RunOutcome run() {
+    try {
+      return {playScenario(), std::nullopt};
+    } catch (const std::exception& e) {
+      const std::string failure = e.what();
+      transcript_.heading("\nThe run stops: " + failure);
+      return {stateAfterFailure(failure), failure};
+    }
+  }
+
+ private:
+  json playScenario() {
+    // Before the device's files are laid out: a root whose bus socket
+    // cannot exist must leave the root as it was.
+    linux_platform::deviceBusSocketPath(root_);
     prepareDevice(root_, scenario_, paths_.templateDatabase);
     chats_ = initialChats(scenario_);
     bus_ = std::make_unique<RunningBus>(root_);
@@ -61,14 +82,36 @@ class Simulation {
     for (const char* app : kApps) start(app);
     settle(nullptr);
     files_ = {{"database", databaseState(root_)}, {"pictures", savedPictures(root_)}};
-    for (const Step& step : scenario_.steps) play(step);
+    for (const Step& step : scenario_.steps) {
+      current_ = &step;
+      play(step);
+    }
+    current_ = nullptr;
     transcript_.heading("\nEnd of the scenario");
     json state = finalState();
     shutDown();
     return state;
   }
 
- private:
+  // How long to wait for `app`'s reply during `step` (nothing: between
+  // steps): as long as it works, within a limit that grows with the stanzas
+  // the step hands over, telling the transcript now and then.
+  ReplyWait waitFor(const std::string& app, const Step* step) {
+    ReplyWait wait;
+    wait.idleMs = replyIdleMs_;
+    std::size_t stanzas = 0;
+    if (step && step->kind == "incoming") stanzas = step->body["stanzas"].size();
+    wait.totalMs = replyIdleMs_ + kMsPerStanza * static_cast<long long>(stanzas);
+    const std::string about = step ? " with " + stepName(*step) : "";
+    wait.progress = [this, app, about](double waited, double processor) {
+      char line[120];
+      std::snprintf(line, sizeof line, "still busy%s: %.0f s so far, %.1f s of processor time",
+                    about.c_str(), waited, processor);
+      transcript_.say(app, line);
+    };
+    return wait;
+  }
+
   void start(const std::string& app) {
     std::vector<std::string> argv = {paths_.app, "--root", root_, "--app", app, "--library", paths_.library};
     if (app == "whatsapp") {
@@ -77,7 +120,7 @@ class Simulation {
     const std::string logs = root_ + "/var/log/hushwall-sim";
     std::filesystem::create_directories(logs);
     auto process = std::make_unique<AppProcess>(app, argv, logs + "/" + app + ".stderr");
-    auto ready = process->awaitReply(kReplyTimeoutMs);
+    auto ready = process->awaitReply(waitFor(app, nullptr));
     if (!ready) throw std::runtime_error(app + " did not start: " + process->howItEnded());
     posters_[ready->value("busName", "")] = app;
     transcript_.say(app, "started (pid " + std::to_string(process->pid()) + "), library loaded");
@@ -87,7 +130,7 @@ class Simulation {
 
   // The reply; nothing when the app crashed instead (it has been restarted).
   std::optional<json> ask(const std::string& app, const json& request, const Step* step) {
-    auto reply = apps_.at(app)->request(request, kReplyTimeoutMs);
+    auto reply = apps_.at(app)->request(request, waitFor(app, step));
     if (!reply) {
       crashed(app, step);
       return std::nullopt;
@@ -238,24 +281,63 @@ class Simulation {
     settle(nullptr);
     json state;
     for (const char* app : kApps) {
-      auto reply = apps_.at(app)->request({{"do", "state"}}, kReplyTimeoutMs);
+      auto reply = apps_.at(app)->request({{"do", "state"}}, waitFor(app, nullptr));
       if (!reply || !reply->contains("state")) {
         throw std::runtime_error(std::string(app) + " could not report its state");
       }
       state[app] = (*reply)["state"];
     }
+    addDeviceState(state);
+    return state;
+  }
+
+  // What the device's files, its bus and the apps that still answer hold
+  // after a failure. An app that owes a reply is killed first: whatever it
+  // wrote next would answer the wrong request. Its database may be left
+  // with a hot journal, which the read rolls back.
+  json stateAfterFailure(const std::string& failure) {
+    json state;
+    for (const char* app : kApps) {
+      state[app] = nullptr;
+      auto found = apps_.find(app);
+      if (found == apps_.end()) continue;
+      if (found->second->owesReply()) {
+        transcript_.say(app, "killed, it does not answer");
+        apps_.erase(found);
+        continue;
+      }
+      try {
+        auto reply = found->second->request({{"do", "state"}}, waitFor(app, nullptr));
+        if (reply && reply->contains("state")) state[app] = (*reply)["state"];
+      } catch (const std::exception& e) {
+        transcript_.say(app, std::string("reports no state: ") + e.what());
+      }
+    }
+    try {
+      addDeviceState(state);
+    } catch (const std::exception& e) {
+      state["device"] = {{"error", e.what()}};
+    }
+    state["failure"] = {{"step", current_ ? json(current_->number) : json()},
+                        {"kind", current_ ? json(current_->kind) : json()},
+                        {"message", failure}};
+    return state;
+  }
+
+  void addDeviceState(json& state) {
     json notifications = json::array();
-    for (const auto& heard : recorder_->heard()) notifications.push_back(heard.name);
+    if (recorder_) {
+      for (const auto& heard : recorder_->heard()) notifications.push_back(heard.name);
+    }
     state["device"] = {{"vibrations", vibrations_}, {"notifications", notifications}};
     state["database"] = databaseState(root_);
     state["files"] = savedPictures(root_);
     state["crashes"] = crashes_;
-    return state;
   }
 
   void shutDown() {
     for (auto& [app, process] : apps_) {
-      process->request({{"do", "quit"}}, kReplyTimeoutMs);
+      process->request({{"do", "quit"}}, waitFor(app, nullptr));
       process->waitForExit(kExitTimeoutMs);
     }
     apps_.clear();
@@ -268,7 +350,9 @@ class Simulation {
   const Scenario& scenario_;
   const std::string root_;
   const SimulationPaths paths_;
+  const int replyIdleMs_;
   Transcript& transcript_;
+  const Step* current_ = nullptr;  // the step being played
   std::set<std::string> chats_;  // what the messenger holds, kept across its restarts
   std::optional<double> clock_;
   int vibrations_ = 0;
@@ -286,9 +370,9 @@ class Simulation {
 
 }  // namespace
 
-json runScenario(const Scenario& scenario, const std::string& root, const SimulationPaths& paths,
-                 Transcript& transcript) {
-  return Simulation(scenario, root, paths, transcript).run();
+RunOutcome runScenario(const Scenario& scenario, const std::string& root,
+                       const SimulationPaths& paths, int replyIdleMs, Transcript& transcript) {
+  return Simulation(scenario, root, paths, replyIdleMs, transcript).run();
 }
 
 }  // namespace hushwall::sim

@@ -7,6 +7,7 @@
 #define HUSHWALL_SIM_SIMULATION_H_
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -28,10 +29,21 @@ class StepFailed : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// `root` must be an empty directory. Returns the final state. On any
-// failure it throws, after stopping every process it started and the bus.
-nlohmann::json runScenario(const Scenario& scenario, const std::string& root,
-                           const SimulationPaths& paths, Transcript& transcript);
+struct RunOutcome {
+  // The final state; after a failure, what the device held by then, with
+  // "failure": {"step", "kind", "message"} (step and kind null outside a step).
+  nlohmann::json state;
+  std::optional<std::string> failure;  // why the run stopped early
+};
+
+// An app's reply may take as long as the app keeps working; the simulator
+// gives up on one that does no work this long.
+inline constexpr int kDefaultReplyIdleMs = 30000;
+
+// `root` must be an empty directory. Returns once every process it started,
+// and the bus, have stopped, whether the scenario played to its end or not.
+RunOutcome runScenario(const Scenario& scenario, const std::string& root,
+                       const SimulationPaths& paths, int replyIdleMs, Transcript& transcript);
 
 }  // namespace hushwall::sim
 

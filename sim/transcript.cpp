@@ -112,6 +112,7 @@ void Transcript::step(const Step& step) {
   if (step.at) out_ << "  (at " << std::fixed << std::setprecision(0) << *step.at << ")";
   out_ << "\n";
   if (step.body.contains("note")) out_ << "  -- " << step.body["note"].get<std::string>() << "\n";
+  out_.flush();  // someone watching a long step sees which one it is
 }
 
 void Transcript::say(const std::string& who, const std::string& text) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -85,8 +86,18 @@ DeviceBus::DeviceBus(const std::string& deviceRootNativePath)
   }
   std::string printAddress = "--print-address=" + std::to_string(pipeFds[1]);
   std::string configFile = "--config-file=" + configPath_;
+  const pid_t parent = ::getpid();
   pid_ = ::fork();
   if (pid_ == 0) {
+    // The bus dies with its device. Destructors and the simulator's signal
+    // handlers stop it on every ending they see, but not when the device's
+    // process is killed outright (SIGKILL): a bus left running would take
+    // posts for a device that has no apps any more. The kernel sends the
+    // signal when the thread that forked ends, so the bus must be started
+    // from a thread that lives as long as the device (the main thread). The
+    // setting survives exec; the parent may have died before it was made.
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (::getppid() != parent) ::_exit(127);
     ::fcntl(pipeFds[1], F_SETFD, 0);  // the daemon writes its address here
     ::dup2(logFd, STDOUT_FILENO);
     ::dup2(logFd, STDERR_FILENO);

@@ -14,6 +14,8 @@ class DeviceBus {
  public:
   // Starts /usr/bin/dbus-daemon for the device root and returns once the bus
   // accepts connections. The daemon's config and log sit beside the socket.
+  // The daemon ends when the calling thread does, even if this object is
+  // never destroyed (the process killed): start it from the main thread.
   // Throws std::runtime_error when it does not start.
   explicit DeviceBus(const std::string& deviceRootNativePath);
   // Stops the daemon and waits for it.

@@ -1,6 +1,8 @@
 #include "platform/linux/device_root_file_system.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 #include "platform/linux/atomic_file.h"
@@ -14,25 +16,46 @@ DeviceRootFileSystem::DeviceRootFileSystem(std::string root) : root_(std::move(r
 }
 
 std::string DeviceRootFileSystem::nativePath(const host::Text& devicePath) {
-  // Device paths are absolute; a relative one is taken from the device's "/"
-  // as well, so nothing the logic builds can point outside the root by
-  // accident. ("..") is not interpreted: it is the logic's own path.
-  std::string path = host::toUtf8(devicePath);
-  if (path.empty() || path.front() != '/') path.insert(path.begin(), '/');
-  return root_ + path;
+  // The root is the device's "/", as a chroot makes it: every device path is
+  // taken from there (a relative one too), and ".." climbs at most to it.
+  // The native path is resolved here, lexically, because the host's own
+  // resolution would let "/.." leave the root: the simulator runs as root, and
+  // a path built from a hostile sender's address would then write anywhere.
+  const std::string path = host::toUtf8(devicePath);
+  std::string resolved;
+  std::string_view rest = path;
+  while (!rest.empty()) {
+    std::size_t slash = rest.find('/');
+    std::string_view component = rest.substr(0, slash);
+    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
+    if (component.empty() || component == ".") continue;
+    if (component == "..") {
+      resolved.erase(std::min(resolved.size(), resolved.rfind('/')));
+    } else {
+      resolved.append("/").append(component);
+    }
+  }
+  return root_ + (resolved.empty() ? "/" : resolved);
+}
+
+bool DeviceRootFileSystem::usable(const host::Text& devicePath) {
+  // The file system's calls end a path at its first NUL character, which
+  // would name another file than the one asked for.
+  return devicePath.find(u'\0') == host::Text::npos;
 }
 
 bool DeviceRootFileSystem::fileExists(const host::Text& devicePath) {
   std::error_code ec;
-  return fs::exists(nativePath(devicePath), ec);
+  return usable(devicePath) && fs::exists(nativePath(devicePath), ec);
 }
 
 bool DeviceRootFileSystem::removeItem(const host::Text& devicePath) {
   std::error_code ec;
-  return fs::remove_all(nativePath(devicePath), ec) > 0 && !ec;
+  return usable(devicePath) && fs::remove_all(nativePath(devicePath), ec) > 0 && !ec;
 }
 
 bool DeviceRootFileSystem::createDirectory(const host::Text& devicePath) {
+  if (!usable(devicePath)) return false;
   std::error_code ec;
   std::string path = nativePath(devicePath);
   fs::create_directories(path, ec);
@@ -41,6 +64,7 @@ bool DeviceRootFileSystem::createDirectory(const host::Text& devicePath) {
 
 bool DeviceRootFileSystem::copyItem(const host::Text& fromDevicePath,
                                     const host::Text& toDevicePath) {
+  if (!usable(fromDevicePath) || !usable(toDevicePath)) return false;
   std::error_code ec;
   std::string to = nativePath(toDevicePath);
   if (fs::exists(to, ec)) return false;  // the platform never overwrites here
@@ -50,6 +74,7 @@ bool DeviceRootFileSystem::copyItem(const host::Text& fromDevicePath,
 
 bool DeviceRootFileSystem::writeAtomically(const host::Text& devicePath,
                                            const host::Bytes& bytes) {
+  if (!usable(devicePath)) return false;
   try {
     writeFileAtomically(nativePath(devicePath),
                         std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
@@ -61,6 +86,7 @@ bool DeviceRootFileSystem::writeAtomically(const host::Text& devicePath,
 
 std::optional<host::Dict> DeviceRootFileSystem::dictionaryWithContentsOfFile(
     const host::Text& devicePath) {
+  if (!usable(devicePath)) return std::nullopt;
   return readPlistDictionary(nativePath(devicePath));
 }
 

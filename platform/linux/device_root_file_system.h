@@ -1,5 +1,7 @@
 // The simulated device's file system: every device path lives under one
-// device root directory on the Linux host.
+// device root directory on the Linux host, which is the device's "/" the way
+// a chroot makes a directory one: ".." cannot climb above it. A device path
+// holding a NUL character names no file: every operation on it fails.
 #ifndef HUSHWALL_PLATFORM_LINUX_DEVICE_ROOT_FILE_SYSTEM_H_
 #define HUSHWALL_PLATFORM_LINUX_DEVICE_ROOT_FILE_SYSTEM_H_
 
@@ -16,6 +18,8 @@ class DeviceRootFileSystem : public host::FileSystem {
 
   const std::string& root() const { return root_; }
 
+  // The root joined with the device path resolved lexically ("." and empty
+  // components dropped, ".." taking one away, never the root).
   std::string nativePath(const host::Text& devicePath) override;
   bool fileExists(const host::Text& devicePath) override;
   bool removeItem(const host::Text& devicePath) override;
@@ -26,6 +30,8 @@ class DeviceRootFileSystem : public host::FileSystem {
   std::optional<std::vector<host::Text>> contentsOfDirectory(const host::Text& devicePath) override;
 
  private:
+  static bool usable(const host::Text& devicePath);
+
   std::string root_;
 };
 

@@ -28,6 +28,38 @@ TEST(DeviceRootFileSystemTest, DevicePathsStayUnderTheRoot) {
   EXPECT_EQ(files.nativePath(T("/")), root.path() + "/");
 }
 
+TEST(DeviceRootFileSystemTest, ParentFoldersStopAtTheRootAsInAChroot) {
+  testing::TempDeviceRoot work;
+  const std::string root = work.path() + "/device";
+  fs::create_directories(root);
+  DeviceRootFileSystem files(root);
+  EXPECT_EQ(files.nativePath(T("/../../etc/passwd")), root + "/etc/passwd");
+  EXPECT_EQ(files.nativePath(T("/a/./b/../c//d/")), root + "/a/c/d");
+  EXPECT_EQ(files.nativePath(T("a/../../..")), root + "/");
+  EXPECT_EQ(files.nativePath(T("/a/..b/.c")), root + "/a/..b/.c") << "only whole components count";
+
+  // Every operation goes through the same resolution: nothing lands beside
+  // the root however many ".." a path holds.
+  const auto climbing = T("/var/mobile/../../../../../escape");
+  EXPECT_TRUE(files.createDirectory(climbing));
+  EXPECT_TRUE(files.writeAtomically(climbing + T("/../../escape/p.png"), {'x'}));
+  EXPECT_TRUE(files.copyItem(T("/../escape/p.png"), T("/../../copy.png")));
+  EXPECT_EQ(slurp(root + "/escape/p.png"), "x");
+  EXPECT_EQ(slurp(root + "/copy.png"), "x");
+  EXPECT_TRUE(files.fileExists(T("/../../../copy.png")));
+  EXPECT_FALSE(fs::exists(work.path() + "/escape"));
+  EXPECT_FALSE(fs::exists(work.path() + "/copy.png"));
+  EXPECT_TRUE(files.removeItem(T("/../../escape")));
+  EXPECT_FALSE(fs::exists(root + "/escape"));
+
+  // A NUL would end the path early for the host: such a path names nothing.
+  const host::Text withNul = T("/var/x") + host::Text(1, u'\0') + T("y");
+  EXPECT_FALSE(files.createDirectory(withNul));
+  EXPECT_FALSE(files.writeAtomically(withNul, {'x'}));
+  EXPECT_FALSE(files.fileExists(withNul));
+  EXPECT_FALSE(fs::exists(root + "/var/x"));
+}
+
 TEST(DeviceRootFileSystemTest, FolderOperationsBehaveLikeTheFileManager) {
   testing::TempDeviceRoot root;
   DeviceRootFileSystem files(root.path());

@@ -111,7 +111,7 @@ bool VCardAddressBook::hasPersonMatchingPhoneNumber(const host::OptText& number)
   return false;
 }
 
-void writeContactsVCard(const std::string& nativePath, const std::vector<std::string>& phoneNumbers) {
+std::string contactsVCardText(const std::vector<std::string>& phoneNumbers) {
   std::string text;
   for (std::size_t i = 0; i < phoneNumbers.size(); ++i) {
     const std::string& number = phoneNumbers[i];
@@ -122,7 +122,11 @@ void writeContactsVCard(const std::string& nativePath, const std::vector<std::st
     text += "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + name + "\r\nN:;" + name +
             ";;;\r\nTEL;TYPE=CELL:" + number + "\r\nEND:VCARD\r\n";
   }
-  writeFileAtomically(nativePath, text);
+  return text;
+}
+
+void writeContactsVCard(const std::string& nativePath, const std::vector<std::string>& phoneNumbers) {
+  writeFileAtomically(nativePath, contactsVCardText(phoneNumbers));
 }
 
 }  // namespace hushwall::linux_platform

@@ -36,8 +36,11 @@ class VCardAddressBook : public host::AddressBook {
 // a group prefix ("item1.TEL;type=CELL:+49 170 1234567").
 std::vector<std::string> phoneNumbersInVCards(std::string_view text);
 
-// Writes one contact ("Contact 1", "Contact 2", ...) per number, atomically.
-// Throws std::invalid_argument for a number holding a line break and
+// One contact ("Contact 1", "Contact 2", ...) per number, as vCard text.
+// Throws std::invalid_argument for a number holding a line break.
+std::string contactsVCardText(const std::vector<std::string>& phoneNumbers);
+
+// Writes contactsVCardText() atomically. Throws as it does, and
 // std::runtime_error when the file cannot be written.
 void writeContactsVCard(const std::string& nativePath, const std::vector<std::string>& phoneNumbers);
 
