@@ -128,7 +128,8 @@ UIViewController* openFromMainPage(UINavigationController* navigation, NSString*
   NSDictionary* page = [NSDictionary dictionaryWithContentsOfFile:@HUSHWALL_ROOT_PLIST];
   for (NSDictionary* item in [page objectForKey:@"items"]) {
     if (![[item objectForKey:@"label"] isEqualToString:label]) continue;
-    if (![[item objectForKey:@"cell"] isEqualToString:@"PSLinkCell"]) continue;
+    // A button row: Preferences performs its action on the page.
+    if (![[item objectForKey:@"cell"] isEqualToString:@"PSButtonCell"]) continue;
     SEL action = NSSelectorFromString([item objectForKey:@"action"]);
     UIViewController* main = [[navigation viewControllers] objectAtIndex:0];
     if (![main respondsToSelector:action]) return nil;
