@@ -17,11 +17,12 @@ typedef void (^HWAnswer)(UIAlertView* alert, NSInteger button);
 // An alert's delegate that hands the button the user closed it with to a
 // block. UIAlertView does not retain its delegate, so the delegate keeps
 // itself, and the screen that asked, until the alert is gone. The screen is
-// retained here, not left to the copied block: a block copy retains what it
-// captures only where the blocks runtime is Apple's (the tests' blocks
-// library leaves objects alone). It answers on dismissal, not on the tap:
-// UIKit messages the delegate until then (willDismiss and didDismiss after
-// clickedButton), and an alert dismissed without a tap is gone all the same.
+// retained here, not left to the copied block: a block copy retains the
+// objects it captures under Apple's runtime, but libBlocksRuntime, which the
+// GNUstep tests run on, leaves them alone. It answers on dismissal, not on
+// the tap: UIKit messages the delegate until then (willDismiss and
+// didDismiss after clickedButton), and an alert dismissed without a tap is
+// gone all the same.
 @interface HWAlertAnswer : NSObject <UIAlertViewDelegate> {
   id _owner;
   HWAnswer _answer;
