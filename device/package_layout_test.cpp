@@ -305,6 +305,25 @@ TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {
   EXPECT_EQ(switches, libraryDefaults);
 }
 
+TEST(PackageLayout, ScreensAreOpenedByButtonRowsOfTheMainPage) {
+  // Preferences performs a row's `action` when the row is a button; a link
+  // row pushes its `detail` instead (HushwallSettingsListController+Screens.mm).
+  Plist root = parse(kDevice / "HushwallSettings/Resources/Root.plist");
+  ASSERT_NE(root, nullptr);
+  plist_t items = child(root.get(), "items");
+  ASSERT_NE(items, nullptr);
+  std::map<std::string, std::string> actions;
+  for (uint32_t i = 0; i < plist_array_get_size(items); ++i) {
+    plist_t item = plist_array_get_item(items, i);
+    if (child(item, "action") == nullptr) continue;
+    const std::string label = stringOf(child(item, "label"));
+    EXPECT_EQ(stringOf(child(item, "cell")), "PSButtonCell") << label;
+    actions[label] = stringOf(child(item, "action"));
+  }
+  EXPECT_EQ(actions, (std::map<std::string, std::string>{{"Blacklist", "showBlacklist:"},
+                                                         {"History", "showHistory:"}}));
+}
+
 TEST(PackageLayout, SettingsBundleIsFoundByPreferenceLoader) {
   Plist info = parse(kDevice / "HushwallSettings/Resources/Info.plist");
   Plist entry =

@@ -16,7 +16,6 @@
 #include "HWBlacklistController.h"
 #include "HWHistoryController.h"
 #include "platform/gnustep/stand_in_device.h"
-#include "platform/gnustep/stand_in_screens.h"
 #include "startup/notification_names.h"
 #include "testing/child_process.h"
 #include "testing/database_rows.h"
@@ -34,8 +33,8 @@ namespace hushwall::settings {
 namespace {
 
 namespace fs = std::filesystem;
-using gnustep::presentedController;
-using gnustep::tapAlertAction;
+using gnustep::shownAlerts;
+using gnustep::typeIntoAlertField;
 
 const std::string kData = "/var/mobile/Library/Preferences/Hushwall";
 
@@ -75,14 +74,27 @@ void swipeToDelete(UITableViewController* screen, NSInteger section, NSInteger r
                              forRowAtIndexPath:[NSIndexPath indexPathForRow:row inSection:section]];
 }
 
-// The alert on screen, answered: its message, after tapping `action`.
-std::string answerAlert(NSString* action) {
-  UIViewController* shown = presentedController();
-  std::string message = [shown isKindOfClass:[UIAlertController class]]
-                            ? text([(UIAlertController*)shown message])
-                            : "(no alert)";
-  tapAlertAction(action);
-  return message;
+// The alert shown last, answered with the button titled `button`: its
+// message.
+std::string answerAlert(const std::string& button) {
+  if (shownAlerts().empty()) return "(no alert)";
+  const gnustep::ShownAlert alert = shownAlerts().back();
+  for (std::size_t i = 0; i < alert.buttons.size(); ++i) {
+    if (alert.buttons[i] == button) {
+      gnustep::tapAlertButton(static_cast<std::int64_t>(i));
+      return alert.message;
+    }
+  }
+  ADD_FAILURE() << "the alert '" << alert.title << "' has no button " << button;
+  return alert.message;
+}
+
+// "+" on the blacklist, the number and the name typed in, and "Add" tapped.
+void addThroughPrompt(UIViewController* screen, const std::string& number, const std::string& name) {
+  tap([[screen navigationItem] rightBarButtonItem]);
+  typeIntoAlertField(0, number);
+  typeIntoAlertField(1, name);
+  answerAlert("Add");
 }
 
 // Darwin notifications of one name that reach this process, its own posts
@@ -116,9 +128,10 @@ UIViewController* openFromMainPage(UINavigationController* navigation, NSString*
   NSDictionary* page = [NSDictionary dictionaryWithContentsOfFile:@HUSHWALL_ROOT_PLIST];
   for (NSDictionary* item in [page objectForKey:@"items"]) {
     if (![[item objectForKey:@"label"] isEqualToString:label]) continue;
-    if (![[item objectForKey:@"cell"] isEqualToString:@"PSLinkCell"]) continue;
+    // A button row: Preferences performs its action on the page.
+    if (![[item objectForKey:@"cell"] isEqualToString:@"PSButtonCell"]) continue;
     SEL action = NSSelectorFromString([item objectForKey:@"action"]);
-    UIViewController* main = [navigation topViewController];
+    UIViewController* main = [[navigation viewControllers] objectAtIndex:0];
     if (![main respondsToSelector:action]) return nil;
     [main performSelector:action withObject:nil];
     return [navigation topViewController];
@@ -146,28 +159,36 @@ TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
     EXPECT_TRUE(shownRows(screen).empty());
     EXPECT_EQ(emptyState(screen), "No blocked numbers. Tap + to add one.");
 
-    // "+" asks for the number and the name.
-    UIBarButtonItem* add = [[screen navigationItem] rightBarButtonItem];
-    tap(add);
-    UIAlertController* alert = (UIAlertController*)presentedController();
-    ASSERT_EQ([[alert textFields] count], 2u);
-    [[[alert textFields] objectAtIndex:0] setText:@"+49 170 1234"];
-    [[[alert textFields] objectAtIndex:1] setText:@"Mallory"];
-    tapAlertAction(@"Add");
-    EXPECT_EQ(presentedController(), nil) << "no problem to report";
+    // "+" asks for the number and the name, in one alert.
+    tap([[screen navigationItem] rightBarButtonItem]);
+    const gnustep::ShownAlert prompt = shownAlerts().back();
+    EXPECT_EQ(prompt.title, "Add to Blacklist");
+    EXPECT_EQ(prompt.buttons, (std::vector<std::string>{"Cancel", "Add"}));
+    ASSERT_EQ(prompt.fields.size(), 2u);
+    EXPECT_EQ(prompt.fields[0].placeholder, "Number");
+    EXPECT_EQ(prompt.fields[1].placeholder, "Name");
+    EXPECT_FALSE(prompt.fields[1].secure) << "the name is shown as typed";
+    typeIntoAlertField(0, "+49 170 1234");
+    typeIntoAlertField(1, "Mallory");
+    std::size_t alerts = shownAlerts().size();
+    answerAlert("Add");
+    EXPECT_EQ(shownAlerts().size(), alerts) << "no problem to report";
     testing::execSql(device.root.databaseFile(),
                      "INSERT INTO Blacklist (name, phoneNumber) VALUES ('Chat', '4930')");
     [(HWBlacklistController*)screen reload];
     EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"+49 170 1234|Mallory", "4930|Chat"}));
     EXPECT_EQ(emptyState(screen), "");
 
-    // Refusals are shown and write nothing.
-    [(HWBlacklistController*)screen addNumber:@"4930" name:@"Again"];
-    EXPECT_EQ(answerAlert(@"OK"), "'4930' is already on the blacklist; nothing added");
-    [(HWBlacklistController*)screen addNumber:@"4930 or so" name:@""];
-    EXPECT_NE(answerAlert(@"OK").find("malformed phone number '4930 or so'"), std::string::npos);
-    tap(add);
-    tapAlertAction(@"Cancel");
+    // Refusals are shown and write nothing; a cancelled prompt adds nothing.
+    addThroughPrompt(screen, "4930", "Again");
+    EXPECT_EQ(answerAlert("OK"), "'4930' is already on the blacklist; nothing added");
+    addThroughPrompt(screen, "4930 or so", "");
+    EXPECT_NE(answerAlert("OK").find("malformed phone number '4930 or so'"), std::string::npos);
+    tap([[screen navigationItem] rightBarButtonItem]);
+    typeIntoAlertField(0, "4917");
+    alerts = shownAlerts().size();
+    answerAlert("Cancel");
+    EXPECT_EQ(shownAlerts().size(), alerts);
     EXPECT_EQ(shownRows(screen).size(), 2u);
 
     swipeToDelete(screen, 0, 0);
@@ -175,8 +196,22 @@ TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
     swipeToDelete(screen, 0, 0);
     EXPECT_TRUE(shownRows(screen).empty());
     EXPECT_EQ(emptyState(screen), "No blocked numbers. Tap + to add one.");
-    EXPECT_TRUE(runLoopUntil([&] { return announced >= 3; }));
-    EXPECT_EQ(announced, 3) << "one add and two deletions";
+
+    // The user goes back while the prompt is open: the prompt keeps its
+    // screen alive (an alert does not keep its delegate), and its "Add"
+    // still adds.
+    NSAutoreleasePool* inner = [[NSAutoreleasePool alloc] init];
+    UIViewController* gone = openFromMainPage(navigation, @"Blacklist");
+    tap([[gone navigationItem] rightBarButtonItem]);
+    [navigation popViewControllerAnimated:NO];
+    [inner release];
+    typeIntoAlertField(0, "4917");
+    typeIntoAlertField(1, "Late");
+    answerAlert("Add");
+    [(HWBlacklistController*)screen reload];
+    EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"4917|Late"}));
+    EXPECT_TRUE(runLoopUntil([&] { return announced >= 4; }));
+    EXPECT_EQ(announced, 4) << "two adds and two deletions";
     [navigation release];
     [pool release];
   });
@@ -246,10 +281,13 @@ TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsCh
     UIBarButtonItem* clear = [[screen navigationItem] rightBarButtonItem];
     EXPECT_EQ(text([clear title]), "Clear History");
     tap(clear);
-    EXPECT_EQ(answerAlert(@"Cancel"), "Every blocked message and every saved picture will be deleted.");
+    EXPECT_EQ(shownAlerts().back().buttons, (std::vector<std::string>{"Cancel", "Clear History"}));
+    EXPECT_EQ(answerAlert("Cancel"), "Every blocked message and every saved picture will be deleted.");
     EXPECT_EQ(shownRows(screen).size(), 3u);
     tap(clear);
-    tapAlertAction(@"Clear History");
+    const std::size_t alerts = shownAlerts().size();
+    answerAlert("Clear History");
+    EXPECT_EQ(shownAlerts().size(), alerts) << "no problem to report";
     EXPECT_TRUE(shownRows(screen).empty());
     EXPECT_EQ(emptyState(screen), "No blocked messages.");
     EXPECT_FALSE([clear isEnabled]);

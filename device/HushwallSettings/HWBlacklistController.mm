@@ -45,7 +45,7 @@ BlacklistEditor editor() {
   std::vector<hushwall::companion::BlacklistEntry>* entries = _entries;
   if (auto problem = HWAttempt([entries] { *entries = editor().entries(); })) {
     _entries->clear();
-    HWShowProblem(self, *problem);
+    HWShowProblem(*problem);
   }
   UILabel* empty = HWEmptyStateLabel(@"No blocked numbers. Tap + to add one.");
   [[self tableView] setBackgroundView:_entries->empty() ? empty : nil];
@@ -76,41 +76,21 @@ BlacklistEditor editor() {
   if (style != UITableViewCellEditingStyleDelete) return;
   if ((std::size_t)[indexPath row] >= _entries->size()) return;
   const std::int64_t id = (*_entries)[(std::size_t)[indexPath row]].id;
-  if (auto problem = HWAttempt([id] { editor().removeEntry(id); })) HWShowProblem(self, *problem);
+  if (auto problem = HWAttempt([id] { editor().removeEntry(id); })) HWShowProblem(*problem);
   [self reload];
 }
 
 - (void)addTapped:(id)sender {
-  UIAlertController* alert = [UIAlertController
-      alertControllerWithTitle:@"Add to Blacklist"
-                       message:@"Messages and notifications from every number that contains "
-                               @"this one are blocked."
-                preferredStyle:UIAlertControllerStyleAlert];
-  [alert addTextFieldWithConfigurationHandler:^(UITextField* field) {
-    [field setPlaceholder:@"Phone number"];
-    [field setKeyboardType:UIKeyboardTypePhonePad];
-  }];
-  [alert addTextFieldWithConfigurationHandler:^(UITextField* field) {
-    [field setPlaceholder:@"Name"];
-  }];
-  // Not retained by the block (manual reference counting): the alert owns
-  // the action, which owns the block.
-  __block UIAlertController* shown = alert;
-  [alert addAction:[UIAlertAction actionWithTitle:@"Cancel" style:UIAlertActionStyleCancel handler:nil]];
-  [alert addAction:[UIAlertAction actionWithTitle:@"Add"
-                                            style:UIAlertActionStyleDefault
-                                          handler:^(UIAlertAction*) {
-                                            NSArray* fields = [shown textFields];
-                                            [self addNumber:[[fields objectAtIndex:0] text]
-                                                       name:[[fields objectAtIndex:1] text]];
-                                          }]];
-  [self presentViewController:alert animated:YES completion:nil];
+  HWAskForNumberAndName(self, @"Add to Blacklist",
+                        @"Messages and notifications from every number that contains this one "
+                        @"are blocked.",
+                        ^(NSString* number, NSString* name) { [self addNumber:number name:name]; });
 }
 
 - (void)addNumber:(NSString*)number name:(NSString*)name {
   const std::string phoneNumber = utf8(number), shownName = utf8(name);
   if (auto problem = HWAttempt([&] { editor().add(phoneNumber, shownName); })) {
-    HWShowProblem(self, *problem);
+    HWShowProblem(*problem);
   }
   [self reload];
 }

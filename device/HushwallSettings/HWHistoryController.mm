@@ -77,7 +77,7 @@ NSString* kindTitle(BlockKind kind) {
   std::vector<hushwall::companion::HistorySection>* sections = _sections;
   if (auto problem = HWAttempt([sections] { *sections = history().sections(); })) {
     _sections->clear();
-    HWShowProblem(self, *problem);
+    HWShowProblem(*problem);
   }
   UILabel* empty = HWEmptyStateLabel(@"No blocked messages.");
   [[self tableView] setBackgroundView:_sections->empty() ? empty : nil];
@@ -140,25 +140,16 @@ NSString* kindTitle(BlockKind kind) {
   const HistoryEntry* entry = [self entryAt:indexPath];
   if (style != UITableViewCellEditingStyleDelete || entry == nullptr) return;
   const std::int64_t id = entry->id;
-  if (auto problem = HWAttempt([id] { history().remove(id); })) HWShowProblem(self, *problem);
+  if (auto problem = HWAttempt([id] { history().remove(id); })) HWShowProblem(*problem);
   [self reload];
 }
 
 - (void)clearTapped:(id)sender {
-  UIAlertController* confirm = [UIAlertController
-      alertControllerWithTitle:@"Clear History"
-                       message:@"Every blocked message and every saved picture will be deleted."
-                preferredStyle:UIAlertControllerStyleAlert];
-  [confirm addAction:[UIAlertAction actionWithTitle:@"Cancel" style:UIAlertActionStyleCancel handler:nil]];
-  [confirm addAction:[UIAlertAction actionWithTitle:@"Clear History"
-                                              style:UIAlertActionStyleDestructive
-                                            handler:^(UIAlertAction*) {
-                                              if (auto problem = HWAttempt([] { history().clear(); })) {
-                                                HWShowProblem(self, *problem);
-                                              }
-                                              [self reload];
-                                            }]];
-  [self presentViewController:confirm animated:YES completion:nil];
+  HWConfirm(self, @"Clear History", @"Every blocked message and every saved picture will be deleted.",
+            @"Clear History", ^{
+              if (auto problem = HWAttempt([] { history().clear(); })) HWShowProblem(*problem);
+              [self reload];
+            });
 }
 
 @end

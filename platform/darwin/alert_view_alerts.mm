@@ -16,7 +16,8 @@
 
 // The alert's delegate: hands the tapped button, and what the alert shows,
 // to the logic. An alert does not keep its delegate, so the delegate keeps
-// itself until the user has answered.
+// itself until the alert is gone: UIKit still messages it after the tap
+// (willDismiss, didDismiss), so it lets go on dismissal, not on the tap.
 @interface HWAlertDelegate : NSObject <UIAlertViewDelegate> {
   hushwall::host::Alerts::Delegate delegate_;
 }
@@ -45,6 +46,10 @@
   answered.tag = [alertView tag];
   hushwall::darwin::raisedInside(
       [&] { delegate_(answered, static_cast<std::intptr_t>(buttonIndex)); });
+}
+
+- (void)alertView:(UIAlertView*)alertView didDismissWithButtonIndex:(NSInteger)buttonIndex {
+  [alertView setDelegate:nil];
   [self release];
 }
 @end

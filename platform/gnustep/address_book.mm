@@ -23,7 +23,7 @@ extern "C" ABAddressBookRef ABAddressBookCreate(void) {
 }
 
 extern "C" ABRecordRef ABCFindPersonMatchingPhoneNumber(ABAddressBookRef addressBook,
-                                                        CFStringRef phoneNumber, int, int) {
+                                                        CFTypeRef phoneNumber, int, int) {
   if (addressBook == nullptr) return nullptr;
   NSString* number = (NSString*)phoneNumber;
   hushwall::host::OptText text;

@@ -35,18 +35,29 @@ const std::vector<std::uint32_t>& playedSystemSounds();
 // Status-bar requests in order: "add HSWL", "remove HSWL".
 const std::vector<std::string>& statusBarRequests();
 
+// A text field of an alert, as it was when the alert was shown.
+struct ShownField {
+  std::string placeholder;
+  bool secure = false;  // typed text shown as dots
+};
+
 // An alert as shown with -[UIAlertView show].
 struct ShownAlert {
   std::string title;
   std::string message;
   std::vector<std::string> buttons;  // index order: the cancel button first
   std::int64_t tag = 0;
+  std::vector<ShownField> fields;  // by the alert's style: none, one or two
 };
 const std::vector<ShownAlert>& shownAlerts();
 // The user taps button `index` on the alert shown last: its delegate is
-// told alertView:clickedButtonAtIndex:. Throws std::logic_error when no
+// told alertView:clickedButtonAtIndex:, then alertView:didDismissWithButtonIndex:. Throws std::logic_error when no
 // alert is on screen or the index is not one of its buttons.
 void tapAlertButton(std::int64_t index);
+// The user types `text` into text field `field` of the alert on screen
+// (replacing what it held). Throws std::logic_error when no alert is on
+// screen or it has no such field.
+void typeIntoAlertField(std::int64_t field, const std::string& text);
 
 }  // namespace hushwall::gnustep
 

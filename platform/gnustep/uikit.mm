@@ -1,5 +1,5 @@
 // UIApplication's status-bar images, UIAlertView and UILabel, as far as the
-// tweak and the messenger's stand-in use them. Nothing is drawn: what would
+// tweak, the messenger's stand-in and the settings bundle use them. Nothing is drawn: what would
 // be on screen is recorded in the stand-in state, and the user's tap on an
 // alert is played back with tapAlertButton().
 #import <UIKit/UIKit.h>
@@ -14,6 +14,12 @@
 namespace {
 
 std::string utf8(NSString* string) { return string == nil ? std::string() : [string UTF8String]; }
+
+// How many text fields an alert of the style has.
+int fieldCount(UIAlertViewStyle style) {
+  if (style == UIAlertViewStyleDefault) return 0;
+  return style == UIAlertViewStyleLoginAndPasswordInput ? 2 : 1;
+}
 
 }  // namespace
 
@@ -57,11 +63,13 @@ std::string utf8(NSString* string) { return string == nil ? std::string() : [str
   [_title release];
   [_message release];
   [_buttonTitles release];
+  [_textFields release];
   [super dealloc];
 }
 - (NSString*)title { return _title; }
 - (NSString*)message { return _message; }
 - (id)delegate { return _delegate; }
+- (void)setDelegate:(id)delegate { _delegate = delegate; }
 - (NSInteger)tag { return _tag; }
 - (void)setTag:(NSInteger)tag { _tag = tag; }
 - (NSInteger)numberOfButtons { return (NSInteger)[_buttonTitles count]; }
@@ -74,12 +82,34 @@ std::string utf8(NSString* string) { return string == nil ? std::string() : [str
   [_buttonTitles addObject:title];
   return (NSInteger)[_buttonTitles count] - 1;
 }
+- (UIAlertViewStyle)alertViewStyle { return _alertViewStyle; }
+- (void)setAlertViewStyle:(UIAlertViewStyle)style {
+  _alertViewStyle = style;
+  [_textFields release];
+  _textFields = [[NSMutableArray alloc] init];
+  const int fields = fieldCount(style);
+  for (int i = 0; i < fields; ++i) [_textFields addObject:[[[UITextField alloc] init] autorelease]];
+  if (style == UIAlertViewStyleSecureTextInput || style == UIAlertViewStyleLoginAndPasswordInput) {
+    [[_textFields lastObject] setSecureTextEntry:YES];
+  }
+}
+- (UITextField*)textFieldAtIndex:(NSInteger)index {
+  if (index < 0 || index >= (NSInteger)[_textFields count]) {
+    [NSException raise:NSRangeException
+                format:@"textFieldIndex (%ld) is outside of the bounds of the array of text fields",
+                       (long)index];
+  }
+  return [_textFields objectAtIndex:(NSUInteger)index];
+}
 - (void)show {
   hushwall::gnustep::ShownAlert shown;
   shown.title = utf8(_title);
   shown.message = utf8(_message);
   for (NSString* title in _buttonTitles) shown.buttons.push_back(utf8(title));
   shown.tag = _tag;
+  for (UITextField* field in _textFields) {
+    shown.fields.push_back({utf8([field placeholder]), [field isSecureTextEntry] != NO});
+  }
   auto& state = hushwall::gnustep::standInState();
   state.alerts.push_back(shown);
   // The window keeps a shown alert alive until it is dismissed.
@@ -111,11 +141,26 @@ void tapAlertButton(std::int64_t index) {
     throw std::logic_error("the alert has no button " + std::to_string(index));
   }
   state.onScreen = nil;
+  // As UIKit does: the tap, then the dismissal, each to the delegate the
+  // alert has at that moment (the first may have cleared it).
   id delegate = [alert delegate];
   if ([delegate respondsToSelector:@selector(alertView:clickedButtonAtIndex:)]) {
     [delegate alertView:alert clickedButtonAtIndex:(NSInteger)index];
   }
+  delegate = [alert delegate];
+  if ([delegate respondsToSelector:@selector(alertView:didDismissWithButtonIndex:)]) {
+    [delegate alertView:alert didDismissWithButtonIndex:(NSInteger)index];
+  }
   [alert release];
+}
+
+void typeIntoAlertField(std::int64_t field, const std::string& text) {
+  UIAlertView* alert = standInState().onScreen;
+  if (alert == nil) throw std::logic_error("no alert on screen");
+  if (field < 0 || field >= fieldCount([alert alertViewStyle])) {
+    throw std::logic_error("the alert has no text field " + std::to_string(field));
+  }
+  [[alert textFieldAtIndex:(NSInteger)field] setText:[NSString stringWithUTF8String:text.c_str()]];
 }
 
 }  // namespace hushwall::gnustep

@@ -1,29 +1,12 @@
-// The table screens, navigation and alert controllers of UIKit, as far as
-// the settings bundle uses them. Nothing is drawn: a pushed screen is loaded
-// and told it appears, a presented controller is kept until a test taps one
-// of its actions (stand_in_screens.h).
+// The table screens, navigation and text fields of UIKit, as far as the
+// settings bundle uses them. Nothing is drawn: a pushed screen is loaded and
+// told it appears. The screens' alerts are UIAlertView's (uikit.mm), shown
+// and answered through the stand-in device (stand_in_device.h).
 #import <UIKit/UIKit.h>
-
-#include <Block.h>
-
-#include <stdexcept>
-
-#include "platform/gnustep/stand_in_screens.h"
-
-namespace {
-
-// Retained while on screen.
-UIViewController* presented = nil;
-
-}  // namespace
 
 // What only the stand-in itself does to these objects.
 @interface UIViewController (StandIn)
 - (void)standInSetNavigationController:(UINavigationController*)navigationController;
-@end
-
-@interface UIAlertAction (StandIn)
-- (void)standInPerform;
 @end
 
 @implementation UIView
@@ -139,13 +122,6 @@ UIViewController* presented = nil;
 - (UINavigationController*)navigationController { return _navigationController; }
 - (void)standInSetNavigationController:(UINavigationController*)navigationController {
   _navigationController = navigationController;
-}
-- (void)presentViewController:(UIViewController*)controller animated:(BOOL)animated
-                   completion:(void (^)(void))completion {
-  [controller retain];
-  [presented release];
-  presented = controller;
-  if (completion != nil) completion();
 }
 - (void)dealloc {
   [_title release];
@@ -270,82 +246,11 @@ UIViewController* presented = nil;
 }
 - (UIKeyboardType)keyboardType { return _keyboardType; }
 - (void)setKeyboardType:(UIKeyboardType)type { _keyboardType = type; }
+- (BOOL)isSecureTextEntry { return _secureTextEntry; }
+- (void)setSecureTextEntry:(BOOL)secure { _secureTextEntry = secure; }
 - (void)dealloc {
   [_text release];
   [_placeholder release];
   [super dealloc];
 }
 @end
-
-@implementation UIAlertAction
-+ (UIAlertAction*)actionWithTitle:(NSString*)title style:(UIAlertActionStyle)style
-                          handler:(void (^)(UIAlertAction* action))handler {
-  UIAlertAction* action = [[[UIAlertAction alloc] init] autorelease];
-  action->_title = [title copy];
-  action->_style = style;
-  // Block_copy, not -copy: under this runtime a block is no object that
-  // answers messages.
-  if (handler != nullptr) action->_handler = Block_copy(handler);
-  return action;
-}
-- (NSString*)title { return _title; }
-- (UIAlertActionStyle)style { return _style; }
-- (void)standInPerform {
-  if (_handler != nullptr) _handler(self);
-}
-- (void)dealloc {
-  [_title release];
-  if (_handler != nullptr) Block_release(_handler);
-  [super dealloc];
-}
-@end
-
-@implementation UIAlertController
-+ (UIAlertController*)alertControllerWithTitle:(NSString*)title message:(NSString*)message
-                                preferredStyle:(UIAlertControllerStyle)style {
-  UIAlertController* alert = [[[UIAlertController alloc] init] autorelease];
-  [alert setTitle:title];
-  alert->_message = [message copy];
-  alert->_preferredStyle = style;
-  alert->_actions = [[NSMutableArray alloc] init];
-  alert->_textFields = [[NSMutableArray alloc] init];
-  return alert;
-}
-- (NSString*)message { return _message; }
-- (UIAlertControllerStyle)preferredStyle { return _preferredStyle; }
-- (void)addAction:(UIAlertAction*)action { [_actions addObject:action]; }
-- (NSArray*)actions { return _actions; }
-- (void)addTextFieldWithConfigurationHandler:(void (^)(UITextField* textField))handler {
-  UITextField* field = [[[UITextField alloc] init] autorelease];
-  [_textFields addObject:field];
-  if (handler != nil) handler(field);
-}
-- (NSArray*)textFields { return _textFields; }
-- (void)dealloc {
-  [_message release];
-  [_actions release];
-  [_textFields release];
-  [super dealloc];
-}
-@end
-
-namespace hushwall::gnustep {
-
-UIViewController* presentedController() { return presented; }
-
-void tapAlertAction(NSString* title) {
-  if (![presented isKindOfClass:[UIAlertController class]]) {
-    throw std::logic_error("no alert controller is presented");
-  }
-  UIAlertController* alert = [(UIAlertController*)presented autorelease];
-  presented = nil;
-  for (UIAlertAction* action in [alert actions]) {
-    if ([[action title] isEqualToString:title]) {
-      [action standInPerform];
-      return;
-    }
-  }
-  throw std::logic_error(std::string("the alert has no action ") + [title UTF8String]);
-}
-
-}  // namespace hushwall::gnustep

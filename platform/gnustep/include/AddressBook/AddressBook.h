@@ -14,9 +14,12 @@ typedef CFTypeRef ABRecordRef;
 
 // A new handle on the user's contacts, read afresh.
 ABAddressBookRef ABAddressBookCreate(void);
-// The person holding `phoneNumber`, or NULL. The last two arguments are
-// the device's and have no meaning here.
-ABRecordRef ABCFindPersonMatchingPhoneNumber(ABAddressBookRef addressBook, CFStringRef phoneNumber,
+// The person holding `phoneNumber` (a CFStringRef), or NULL. The last two
+// arguments are the device's and have no meaning here. Declared with the
+// very type the adapter calls it through once it is looked up at run time
+// (platform/darwin/optional_symbols.h): a call through a pointer of
+// another function type is undefined, and the sanitized build stops on it.
+ABRecordRef ABCFindPersonMatchingPhoneNumber(ABAddressBookRef addressBook, CFTypeRef phoneNumber,
                                              int identifier, int uid);
 
 #ifdef __cplusplus

@@ -1,7 +1,7 @@
 // The UIKit classes the device adapter, the messenger's stand-in and the
 // settings bundle's screens use, reduced to the selectors they send. Nothing
 // is drawn: the stand-in device records what would be on screen
-// (stand_in_device.h, stand_in_screens.h) and plays the user's taps back.
+// (stand_in_device.h) and plays the user's taps back.
 #ifndef HUSHWALL_GNUSTEP_UIKIT_H_
 #define HUSHWALL_GNUSTEP_UIKIT_H_
 
@@ -14,11 +14,21 @@
 @end
 
 @class UIAlertView;
+@class UITextField;
 
+// As UIKit sends them when the user taps a button: clicked, then dismissed.
 @protocol UIAlertViewDelegate <NSObject>
 @optional
 - (void)alertView:(UIAlertView*)alertView clickedButtonAtIndex:(NSInteger)buttonIndex;
+- (void)alertView:(UIAlertView*)alertView didDismissWithButtonIndex:(NSInteger)buttonIndex;
 @end
+
+typedef NS_ENUM(NSInteger, UIAlertViewStyle) {
+  UIAlertViewStyleDefault = 0,
+  UIAlertViewStyleSecureTextInput = 1,
+  UIAlertViewStylePlainTextInput = 2,
+  UIAlertViewStyleLoginAndPasswordInput = 3,
+};
 
 @interface UIAlertView : NSObject {
   NSString* _title;
@@ -27,18 +37,26 @@
   NSMutableArray* _buttonTitles;
   NSInteger _tag;
   NSInteger _cancelButtonIndex;
+  UIAlertViewStyle _alertViewStyle;
+  NSMutableArray* _textFields;
 }
 - (id)initWithTitle:(NSString*)title message:(NSString*)message delegate:(id)delegate
     cancelButtonTitle:(NSString*)cancelButtonTitle otherButtonTitles:(NSString*)otherButtonTitles, ...;
 - (NSString*)title;
 - (NSString*)message;
 - (id)delegate;
+- (void)setDelegate:(id)delegate;
 - (NSInteger)tag;
 - (void)setTag:(NSInteger)tag;
 - (NSInteger)numberOfButtons;
 - (NSInteger)cancelButtonIndex;
 - (NSString*)buttonTitleAtIndex:(NSInteger)index;
 - (NSInteger)addButtonWithTitle:(NSString*)title;
+// The style's fields: none, one, or two (the second a password field), as
+// UIKit makes them; textFieldAtIndex: raises NSRangeException beyond them.
+- (UIAlertViewStyle)alertViewStyle;
+- (void)setAlertViewStyle:(UIAlertViewStyle)style;
+- (UITextField*)textFieldAtIndex:(NSInteger)index;
 - (void)show;
 @end
 
@@ -130,8 +148,6 @@ typedef NS_ENUM(NSInteger, UIBarButtonItemStyle) { UIBarButtonItemStylePlain = 0
 - (void)viewWillAppear:(BOOL)animated;
 - (void)viewDidDisappear:(BOOL)animated;
 - (UINavigationController*)navigationController;
-- (void)presentViewController:(UIViewController*)controller animated:(BOOL)animated
-                   completion:(void (^)(void))completion;
 @end
 
 // A stack of screens; pushing loads the screen and makes it appear.
@@ -232,6 +248,7 @@ typedef NS_ENUM(NSInteger, UIKeyboardType) { UIKeyboardTypeDefault = 0, UIKeyboa
   NSString* _text;
   NSString* _placeholder;
   UIKeyboardType _keyboardType;
+  BOOL _secureTextEntry;
 }
 - (NSString*)text;
 - (void)setText:(NSString*)text;
@@ -239,43 +256,8 @@ typedef NS_ENUM(NSInteger, UIKeyboardType) { UIKeyboardTypeDefault = 0, UIKeyboa
 - (void)setPlaceholder:(NSString*)placeholder;
 - (UIKeyboardType)keyboardType;
 - (void)setKeyboardType:(UIKeyboardType)type;
-@end
-
-typedef NS_ENUM(NSInteger, UIAlertControllerStyle) {
-  UIAlertControllerStyleActionSheet = 0,
-  UIAlertControllerStyleAlert = 1,
-};
-typedef NS_ENUM(NSInteger, UIAlertActionStyle) {
-  UIAlertActionStyleDefault = 0,
-  UIAlertActionStyleCancel = 1,
-  UIAlertActionStyleDestructive = 2,
-};
-
-@interface UIAlertAction : NSObject {
-  NSString* _title;
-  UIAlertActionStyle _style;
-  void (^_handler)(UIAlertAction*);
-}
-+ (UIAlertAction*)actionWithTitle:(NSString*)title style:(UIAlertActionStyle)style
-                          handler:(void (^)(UIAlertAction* action))handler;
-- (NSString*)title;
-- (UIAlertActionStyle)style;
-@end
-
-@interface UIAlertController : UIViewController {
-  NSString* _message;
-  UIAlertControllerStyle _preferredStyle;
-  NSMutableArray* _actions;
-  NSMutableArray* _textFields;
-}
-+ (UIAlertController*)alertControllerWithTitle:(NSString*)title message:(NSString*)message
-                                preferredStyle:(UIAlertControllerStyle)style;
-- (NSString*)message;
-- (UIAlertControllerStyle)preferredStyle;
-- (void)addAction:(UIAlertAction*)action;
-- (NSArray*)actions;
-- (void)addTextFieldWithConfigurationHandler:(void (^)(UITextField* textField))handler;
-- (NSArray*)textFields;
+- (BOOL)isSecureTextEntry;
+- (void)setSecureTextEntry:(BOOL)secure;
 @end
 
 #endif  // HUSHWALL_GNUSTEP_UIKIT_H_
