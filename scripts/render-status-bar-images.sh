@@ -12,6 +12,12 @@
 # "LockScreen_ON_" on the lock screen, each at the screen's scale. The
 # SpringBoard.app pair "Default_" / "FSO_" of iOS 6 and earlier lies
 # outside the firmware range of the package and is not shipped.
+# Why UIKit.framework: the bar's foreground style names the image
+# (-[UIStatusBarForegroundStyleAttributes expandedNameForImageName:], as
+# the public theos/headers declare it) and UIKit loads that name from its
+# own bundle (+[UIImage kitImageNamed:]); libstatusbar's item view draws
+# its custom items the same way on iOS 7 and later. The three prefixes are
+# the looks of those styles; no device was at hand to confirm them.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 source_svg=$root/device/images/HSWL.svg
