@@ -140,10 +140,14 @@ lld=$(command -v ld64.lld-14 || echo /usr/lib/llvm-14/bin/ld64.lld)
 # --- what to build -------------------------------------------------------
 
 # The firmware the hook table's methods exist on (startup/hook_table.cpp)
-# starts at iOS 7.0; the control file says the same. 64-bit only: ld64.lld
-# of LLVM 14 cannot link 32-bit ARM Mach-O (it stops on armv7's
-# relocations), so the iPhone 4s, 5 and 5c are left to a Theos build
-# (device/Makefile builds armv7 as well).
+# starts at iOS 7.0; the control file says the same. 64-bit only: no
+# Debian ld64.lld links 32-bit ARM Mach-O, so the iPhone 4s, 5 and 5c are
+# left to a Theos build (device/Makefile builds armv7 as well). In LLVM 13
+# to 16 its ARM support was never finished: every pointer and movw/movt
+# relocation stops it ("VANILLA relocation must be extern"), and even a
+# lone call to an outside function ("TODO: implement this"); LLVM 19 and
+# later refuse "-arch armv7" outright. The SDK is not the obstacle: its
+# .tbd files list armv7 for every library the package links.
 arch=arm64
 min_os=7.0
 version=$(sed -n 's/^Version: *//p' "$device/control")
