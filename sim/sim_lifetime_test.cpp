@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "platform/linux/device_bus_address.h"
 #include "sim/sim_run.h"
 
 namespace hushwall::sim {
@@ -50,7 +51,7 @@ bool awaitOutput(const SimRun& sim, const std::string& text) {
 bool deviceGone(const SimRun& sim) {
   const auto deadline = Clock::now() + std::chrono::seconds(10);
   while (!processesMentioning(sim.deviceRoot()).empty() ||
-         somethingListensOn(sim.deviceRoot() + "/var/run/hushwall/bus.sock")) {
+         linux_platform::deviceBusIsRunning(sim.deviceRoot())) {
     if (Clock::now() > deadline) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }

@@ -1,13 +1,10 @@
 #include "sim/sim_run.h"
 
 #include <signal.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -88,16 +85,6 @@ std::vector<pid_t> processesMentioning(const std::string& text) {
     if (commandLine.find(text) != std::string::npos) found.push_back(pid);
   }
   return found;
-}
-
-bool somethingListensOn(const std::string& socketPath) {
-  int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strncpy(address.sun_path, socketPath.c_str(), sizeof(address.sun_path) - 1);
-  bool listening = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
-  ::close(fd);
-  return listening;
 }
 
 }  // namespace hushwall::sim

@@ -53,9 +53,6 @@ class SimRun {
 // Processes (other than this one) whose command line mentions `text`.
 std::vector<pid_t> processesMentioning(const std::string& text);
 
-// Whether a server accepts connections on the unix socket at `socketPath`.
-bool somethingListensOn(const std::string& socketPath);
-
 }  // namespace hushwall::sim
 
 #endif  // HUSHWALL_SIM_SIM_RUN_H_

@@ -1,11 +1,6 @@
 #include "tools/device_session.h"
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 #include <chrono>
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
@@ -16,20 +11,8 @@
 namespace hushwall::tools {
 namespace fs = std::filesystem;
 
-bool deviceBusIsRunning(const std::string& root) {
-  const std::string socketPath = linux_platform::deviceBusSocketPath(root);
-  int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (fd < 0) return false;
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strncpy(address.sun_path, socketPath.c_str(), sizeof(address.sun_path) - 1);
-  bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
-  ::close(fd);
-  return ok;
-}
-
 DeviceSession::DeviceSession(const std::string& root) : root_(existingDeviceRoot(root)) {
-  if (!deviceBusIsRunning(root_)) {
+  if (!linux_platform::deviceBusIsRunning(root_)) {
     bus_ = std::make_unique<linux_platform::DeviceBus>(root_);
   }
   device_ = std::make_unique<linux_platform::LinuxDevice>(

@@ -33,11 +33,6 @@ class DeviceSession {
   host::Env* previous_ = nullptr;
 };
 
-// True when something accepts connections on the device's bus socket, i.e.
-// the device has been started. Connecting is the only reliable test: a socket
-// file left behind by a daemon that died stays on disk.
-bool deviceBusIsRunning(const std::string& root);
-
 // Lays out a fresh device root: the marker, the template database in the
 // settings bundle and, as SpringBoard's first start would, in the data
 // directory. `root` must exist.

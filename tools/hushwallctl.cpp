@@ -88,7 +88,7 @@ class Device {
   std::unique_ptr<DBusNotifyCenter> connect() const {
     std::string notRunning = "the device's bus is not running at " +
                              linux_platform::deviceBusSocketPath(root_) + ": start the device first";
-    if (!deviceBusIsRunning(root_)) throw BusNotRunning(notRunning);
+    if (!linux_platform::deviceBusIsRunning(root_)) throw BusNotRunning(notRunning);
     try {
       return std::make_unique<DBusNotifyCenter>(linux_platform::deviceBusAddress(root_));
     } catch (const sdbus::Error& e) {

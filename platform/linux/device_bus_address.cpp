@@ -1,8 +1,11 @@
 #include "platform/linux/device_bus_address.h"
 
+#include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <cstring>
 #include <stdexcept>
 
 namespace hushwall::linux_platform {
@@ -32,6 +35,18 @@ std::string deviceBusAddress(const std::string& deviceRootNativePath) {
     }
   }
   return address;
+}
+
+bool deviceBusIsRunning(const std::string& deviceRootNativePath) {
+  const std::string socketPath = deviceBusSocketPath(deviceRootNativePath);
+  int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (fd < 0) return false;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, socketPath.c_str(), sizeof(address.sun_path) - 1);
+  bool ok = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
+  ::close(fd);
+  return ok;
 }
 
 }  // namespace hushwall::linux_platform

@@ -15,6 +15,12 @@ std::string deviceBusSocketPath(const std::string& deviceRootNativePath);
 // "unix:path=<socket>", with the path escaped as D-Bus addresses require.
 std::string deviceBusAddress(const std::string& deviceRootNativePath);
 
+// True when something accepts connections on the device's bus socket, i.e.
+// the device has been started. Connecting is the only reliable test: a socket
+// file left behind by a daemon that died stays on disk. Throws like
+// deviceBusSocketPath for a root too long for the socket.
+bool deviceBusIsRunning(const std::string& deviceRootNativePath);
+
 }  // namespace hushwall::linux_platform
 
 #endif  // HUSHWALL_PLATFORM_LINUX_DEVICE_BUS_ADDRESS_H_
