@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "companion/phone_number_rule.h"
 #include "host/text.h"
 
 namespace hushwall::tools {
@@ -18,10 +17,6 @@ void requireUtf8Arguments(int argc, const char* const* argv) {
                                   "' is not valid UTF-8 (bad bytes shown as U+FFFD)");
     }
   }
-}
-
-void checkPhoneNumber(const std::string& number) {
-  if (auto problem = companion::phoneNumberProblem(number)) throw std::invalid_argument(*problem);
 }
 
 std::string watchCountError(const std::string& word) {

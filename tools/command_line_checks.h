@@ -16,10 +16,6 @@ namespace hushwall::tools {
 // text. The message shows the word with its bad bytes replaced.
 void requireUtf8Arguments(int argc, const char* const* argv);
 
-// A blacklist entry, by the settings bundle's own rule (digits, with '+',
-// spaces, '-', '(', ')', '.' or '/', and at least one digit).
-void checkPhoneNumber(const std::string& number);
-
 // `watch --count`: a whole number from 0 to kMaxWatchCount, in decimal.
 inline constexpr int kMaxWatchCount = 2147483647;
 std::string watchCountError(const std::string& word);
