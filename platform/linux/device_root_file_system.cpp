@@ -92,14 +92,17 @@ std::optional<host::Dict> DeviceRootFileSystem::dictionaryWithContentsOfFile(
 
 std::optional<std::vector<host::Text>> DeviceRootFileSystem::contentsOfDirectory(
     const host::Text& devicePath) {
+  if (!usable(devicePath)) return std::nullopt;
   std::error_code ec;
   fs::directory_iterator it(nativePath(devicePath), ec);
   if (ec) return std::nullopt;
   std::vector<host::Text> names;
+  // A failed step ends the iteration as well, so the error is looked at
+  // after the loop: a partial listing is no listing.
   for (; it != fs::directory_iterator(); it.increment(ec)) {
-    if (ec) return std::nullopt;
     names.push_back(host::fromUtf8(it->path().filename().string()));
   }
+  if (ec) return std::nullopt;
   return names;
 }
 

@@ -58,6 +58,9 @@ TEST(DeviceRootFileSystemTest, ParentFoldersStopAtTheRootAsInAChroot) {
   EXPECT_FALSE(files.writeAtomically(withNul, {'x'}));
   EXPECT_FALSE(files.fileExists(withNul));
   EXPECT_FALSE(fs::exists(root + "/var/x"));
+  ASSERT_TRUE(files.createDirectory(T("/var")));
+  EXPECT_EQ(files.contentsOfDirectory(T("/var") + host::Text(1, u'\0')), std::nullopt)
+      << "the listing of /var was given for a path that is not /var";
 }
 
 TEST(DeviceRootFileSystemTest, FolderOperationsBehaveLikeTheFileManager) {
