@@ -5,7 +5,9 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <set>
 
+#include "companion/phone_number_rule.h"
 #include "platform/linux/dbus_signal_name.h"
 #include "platform/linux/plist_limits.h"
 #include "sim/json_values.h"
@@ -262,6 +264,11 @@ Step parseStep(const json& given, int number) {
   if (step.kind == "settings") checkPlistValue(given["values"], named + ": values");
   if (step.kind == "blacklistAdd" || step.kind == "blacklistRemove") {
     checkNoNulIn(given, {"phoneNumber", "name"}, named);
+    // The companion applies the settings bundle's number rule; a number it
+    // would refuse is refused here, before the device is made.
+    if (auto problem = companion::phoneNumberProblem(given["phoneNumber"].get<std::string>())) {
+      fail(named, *problem);
+    }
   }
   if (step.kind == "post") {
     const std::string& name = given["name"].get_ref<const std::string&>();
@@ -308,8 +315,17 @@ Scenario parseScenario(const json& document) {
       checkNoNulIn(document["blacklist"][i], {"name", "phoneNumber"},
                    "scenario: blacklist entry " + std::to_string(i + 1));
     }
-    for (const json& row : document["blacklist"]) {
-      scenario.blacklist.push_back({row.value("name", ""), row["phoneNumber"].get<std::string>()});
+    // The entries are added as the settings bundle adds them, which refuses
+    // a malformed or already listed number: refused here instead, before
+    // anything is made, rather than half way through laying out the device.
+    std::set<std::string> listed;
+    for (std::size_t i = 0; i < document["blacklist"].size(); ++i) {
+      const json& row = document["blacklist"][i];
+      const std::string where = "scenario: blacklist entry " + std::to_string(i + 1);
+      const std::string number = row["phoneNumber"].get<std::string>();
+      if (auto problem = companion::phoneNumberProblem(number)) fail(where, *problem);
+      if (!listed.insert(number).second) fail(where, "'" + number + "' is listed twice");
+      scenario.blacklist.push_back({row.value("name", ""), number});
     }
   }
   if (document.contains("contacts")) {
