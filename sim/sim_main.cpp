@@ -32,6 +32,7 @@
 #include "sim/simulation.h"
 #include "sim/transcript.h"
 #include "tools/command_line_checks.h"
+#include "tools/device_root.h"
 
 namespace hushwall::sim {
 namespace {
@@ -52,11 +53,7 @@ class DeviceRoot {
     // The bus socket lives under the root, and a unix socket's path is short:
     // a root too long for it is refused before the directory is made.
     linux_platform::deviceBusSocketPath(fs::weakly_canonical(fs::absolute(given)).string());
-    fs::create_directories(given);
-    if (!fs::is_empty(given)) {
-      throw std::runtime_error("the device root " + given + " is not empty; give a new or empty directory");
-    }
-    path_ = fs::canonical(given).string();
+    path_ = tools::newDeviceRoot(given, false);
   }
   ~DeviceRoot() {
     std::error_code ignored;
