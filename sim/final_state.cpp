@@ -1,7 +1,5 @@
 #include "sim/final_state.h"
 
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <filesystem>
 
@@ -13,26 +11,12 @@ namespace hushwall::sim {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-// A writer killed in the middle of a transaction (an app the simulator gave
-// up on) leaves a hot journal, which a read-only connection may not roll
-// back and so cannot read past. One read on a read-write connection rolls it
-// back, as the next app to open the file would.
-void rollBackHotJournal(const std::string& file) {
-  sqlite3* db = nullptr;
-  if (sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
-    sqlite3_exec(db, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
-  }
-  sqlite3_close(db);
-}
-
-}  // namespace
-
 nlohmann::json databaseState(const std::string& root) {
   nlohmann::json state = {{"Blacklist", nlohmann::json::array()}, {"History", nlohmann::json::array()}};
   if (!fs::is_regular_file(databaseFile(root))) return state;
-  rollBackHotJournal(databaseFile(root));
+  // A writer killed in the middle of a transaction (an app the simulator
+  // gave up on) leaves a hot journal; readTable reads on a read-write
+  // connection, which rolls it back first.
   for (const char* table : {"Blacklist", "History"}) {
     state[table] = tools::readTable(databaseFile(root), table);
   }
