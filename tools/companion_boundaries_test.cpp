@@ -23,6 +23,7 @@
 #include "testing/private_bus.h"
 #include "testing/running_program.h"
 #include "testing/temp_device_root.h"
+#include "tools/companion_test_programs.h"
 #include "tools/device_root.h"
 #include "tools/display_width.h"
 
@@ -30,22 +31,6 @@ namespace hushwall::testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-int ctl(const std::string& root, std::vector<std::string> args, std::string* out = nullptr,
-        std::string* err = nullptr) {
-  args.insert(args.begin(), {HUSHWALLCTL_PATH, "--root", root});
-  return runProgram(std::move(args), out, err);
-}
-
-int model(std::vector<std::string> args, std::string* out = nullptr, std::string* err = nullptr) {
-  args.insert(args.begin(), HUSHWALL_MODEL_PATH);
-  return runProgram(std::move(args), out, err);
-}
-
-std::string fileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 std::vector<std::string> entriesOf(const std::string& directory) {
   std::vector<std::string> names;

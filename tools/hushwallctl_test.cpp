@@ -23,6 +23,7 @@
 #include "testing/private_bus.h"
 #include "testing/running_program.h"
 #include "testing/temp_device_root.h"
+#include "tools/companion_test_programs.h"
 #include "tools/device_root.h"
 
 namespace hushwall::testing {
@@ -33,16 +34,12 @@ using std::chrono::milliseconds;
 
 // A running hushwallctl on a device root; the test reads what it prints.
 struct Ctl : RunningProgram {
-  Ctl(const std::string& root, std::vector<std::string> args) : RunningProgram(withRoot(root, std::move(args))) {}
-  static std::vector<std::string> withRoot(const std::string& root, std::vector<std::string> args) {
-    args.insert(args.begin(), {HUSHWALLCTL_PATH, "--root", root});
-    return args;
-  }
+  Ctl(const std::string& root, std::vector<std::string> args) : RunningProgram(ctlCommand(root, std::move(args))) {}
 };
 
 int run(const TempDeviceRoot& root, std::vector<std::string> args, std::string* out = nullptr,
         std::string* err = nullptr) {
-  return runProgram(Ctl::withRoot(root.path(), std::move(args)), out, err);
+  return ctl(root.path(), std::move(args), out, err);
 }
 
 // Runs hushwallctl on a terminal of its own, as a user at a shell would,
@@ -50,7 +47,7 @@ int run(const TempDeviceRoot& root, std::vector<std::string> args, std::string* 
 // terminal showed.
 int runOnTerminal(const TempDeviceRoot& root, std::vector<std::string> args, const std::string& answer,
                   std::string* shown) {
-  args.insert(args.begin(), {HUSHWALLCTL_PATH, "--root", root.path()});
+  args = ctlCommand(root.path(), std::move(args));
   int terminal = -1;
   pid_t pid = ::forkpty(&terminal, nullptr, nullptr, nullptr);
   if (pid < 0) throw std::runtime_error("forkpty failed");
@@ -81,11 +78,6 @@ int runOnTerminal(const TempDeviceRoot& root, std::vector<std::string> args, con
   int status = 0;
   ::waitpid(pid, &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::string fileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 // A device with a running bus, and a process of its own listening on it.
