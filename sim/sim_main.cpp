@@ -26,7 +26,6 @@
 #include <optional>
 #include <stdexcept>
 
-#include "platform/linux/device_bus_address.h"
 #include "sim/child_cleanup.h"
 #include "sim/scenario.h"
 #include "sim/simulation.h"
@@ -50,9 +49,8 @@ class DeviceRoot {
       temporary_ = true;
       return;
     }
-    // The bus socket lives under the root, and a unix socket's path is short:
-    // a root too long for it is refused before the directory is made.
-    linux_platform::deviceBusSocketPath(fs::weakly_canonical(fs::absolute(given)).string());
+    // Refused before anything is made: one that is not new or empty, or is
+    // too long for the bus socket under it.
     path_ = tools::newDeviceRoot(given, false);
   }
   ~DeviceRoot() {

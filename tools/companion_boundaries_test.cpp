@@ -127,6 +127,12 @@ TEST(CompanionCommandLine, HostileWordsAndRootsAreRefusedBeforeAnythingChanges) 
   std::string out;
   ASSERT_EQ(ctl(longRoot, {"blacklist", "list", "--json"}, &out), 0);
   EXPECT_EQ(nlohmann::json::parse(out).size(), addressFits ? 2u : 1u);
+  // A new device whose bus socket could not exist is not laid out at all:
+  // a half-made root would refuse the retry as not empty.
+  const std::string tooLong = empty.path() + "/" + std::string(120, 'n');
+  EXPECT_NE(model({"demo", "--root", tooLong}), 0);
+  EXPECT_NE(model({"init", "--root", tooLong}), 0);
+  EXPECT_FALSE(fs::exists(tooLong));
 }
 
 // A text table has one line per row after its heading, each whole UTF-8,

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "model/paths.h"
+#include "platform/linux/device_bus_address.h"
 
 namespace hushwall::tools {
 namespace fs = std::filesystem;
@@ -51,6 +52,10 @@ std::string existingDeviceRoot(const std::string& given) {
 
 std::string newDeviceRoot(const std::string& given, bool acceptDevice) {
   std::error_code ec;
+  // The device's bus socket lives under the root, and a unix socket's path
+  // is short: a root too long for it is refused before anything is made,
+  // rather than laid out and then refused (and so not empty for a retry).
+  linux_platform::deviceBusSocketPath(fs::weakly_canonical(fs::absolute(given, ec), ec).string());
   if (!fs::exists(given, ec)) {
     if (!fs::create_directories(given, ec) && ec) {
       throw std::invalid_argument("cannot make the device root '" + given + "': " + ec.message());

@@ -30,7 +30,8 @@ std::string existingDeviceRoot(const std::string& given);
 // For the commands that lay out a new device: the canonical path of `given`
 // after creating it, when it is missing or an empty directory; or, when
 // `acceptDevice`, an existing device root. Throws std::invalid_argument for
-// anything else (a file, a directory with other things in it, "/").
+// anything else (a file, a directory with other things in it, "/", a path
+// too long for the device's bus socket), having made nothing.
 std::string newDeviceRoot(const std::string& given, bool acceptDevice);
 
 }  // namespace hushwall::tools
