@@ -17,6 +17,9 @@ inline constexpr std::size_t kDisplayCharacters = 500;
 // The bytes as valid UTF-8: invalid sequences and NUL become U+FFFD, and
 // text longer than `maxCharacters` characters is cut at a character boundary
 // (never inside a surrogate pair or a UTF-8 sequence) and ends in U+2026.
+// Counted in characters, for the phone's labels, which lay text out
+// themselves; a terminal's columns are tools::cutToWidth's business, and its
+// control characters tools::printable's.
 std::string displayText(std::string_view bytes, std::size_t maxCharacters = kDisplayCharacters);
 
 }  // namespace hushwall::companion

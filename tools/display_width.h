@@ -19,6 +19,8 @@ std::size_t displayWidth(std::string_view utf8);
 
 // The longest beginning of `utf8` that fits `columns`, cut between
 // characters and never between a character and the marks that follow it.
+// (companion::displayText cuts by characters instead, for the phone's
+// screens and for rows before they reach a table; this fits a table cell.)
 std::string cutToWidth(std::string_view utf8, std::size_t columns);
 
 // `utf8` with each control character (C0, DEL, C1: line breaks, tabs,
