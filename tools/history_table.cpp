@@ -14,6 +14,9 @@
 namespace hushwall::tools {
 namespace {
 
+// Not companion::CompanionDatabase: that one opens the data directory's
+// database through a device's file system for the settings bundle's changes;
+// this reads any database file named by path, for display only (query_only).
 struct CloseDb { void operator()(sqlite3* db) const { sqlite3_close(db); } };
 struct Finalize { void operator()(sqlite3_stmt* s) const { sqlite3_finalize(s); } };
 using DbPtr = std::unique_ptr<sqlite3, CloseDb>;
