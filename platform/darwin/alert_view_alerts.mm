@@ -6,11 +6,11 @@
 #include "platform/darwin/exception_barrier.h"
 #include "platform/darwin/objc_values.h"
 
-// UIAlertView is deprecated since iOS 8 in favour of UIAlertController, but
-// the confirmation must run on iOS 7 too, which has no UIAlertController,
-// and the model object is the alert's delegate by design (it answers
-// alertView:clickedButtonAtIndex:). So the alert stays, its deprecation
-// silenced for this file only.
+// UIAlertView is deprecated since iOS 9 in favour of UIAlertController (which
+// came with iOS 8), but the confirmation must run on iOS 7 too, which has no
+// UIAlertController, and the model object is the alert's delegate by design
+// (it answers alertView:clickedButtonAtIndex:). So the alert stays, its
+// deprecation silenced for this file only.
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"
 
