@@ -74,6 +74,24 @@ std::string describeBadge(id badge) {
   return out.str();
 }
 
+}  // namespace
+
+bool deliverTo(id controller, id observer, BBBulletin* bulletin, id reply) {
+  if ([controller respondsToSelector:@selector(observer:addBulletin:forFeed:
+                                                   playLightsAndSirens:withReply:)]) {
+    [controller observer:observer
+                addBulletin:bulletin
+                    forFeed:kFeed
+        playLightsAndSirens:true
+                  withReply:reply];
+    return true;
+  }
+  [controller observer:observer addBulletin:bulletin forFeed:kFeed];
+  return false;
+}
+
+namespace {
+
 bool arrived = false;
 void noteArrival(CFNotificationCenterRef, void*, CFStringRef, const void*, CFDictionaryRef) {
   arrived = true;
@@ -98,7 +116,9 @@ class ObjcSpringBoard : public SpringBoardDriver {
     [bulletin setMessage:ns(message)];
     for (id controller in controllers_) {
       id observer = [[[NSObject alloc] init] autorelease];
-      [controller observer:observer addBulletin:bulletin forFeed:kFeed];
+      // Stands for the reply block of the longer method.
+      id reply = [[[NSObject alloc] init] autorelease];
+      const bool longer = deliverTo(controller, observer, bulletin, reply);
       // SpringBoard's code must receive the very objects and feed it was
       // handed; anything else shows in the log as a difference.
       for (const auto& shown = objcHostLog().shown; shown_ < shown.size(); ++shown_) {
@@ -107,6 +127,8 @@ class ObjcSpringBoard : public SpringBoardDriver {
         if (got.observer != observer) line += " with another observer";
         if (got.bulletin != bulletin) line += " with another bulletin";
         if (got.feed != kFeed) line += " with feed " + std::to_string(got.feed);
+        if (got.withReply != longer) line += " through another method";
+        if (longer && (got.reply != reply || !got.playLightsAndSirens)) line += " with another reply";
         log.push_back(line);
       }
     }
@@ -162,16 +184,17 @@ class ObjcSpringBoard : public SpringBoardDriver {
 }  // namespace
 
 Log runObjcSpringBoard(const testing::TestDevice& device, const Value& messengerBadge,
-                       const SpringBoardScript& script) {
+                       const SpringBoardScript& script, const std::string& firmware) {
   inObjcProcess([&] {
     // The app's identity is its bundle's, as on the phone.
     ASSERT_TRUE([[[NSBundle mainBundle] bundleIdentifier] isEqual:@"com.apple.springboard"]);
     gnustep::bootDevice(device.root());
+    installSpringBoardFirmware(firmware);
     // The messenger is installed, with its badge, before the tweak arrives.
     SBApplication* messenger = [[SBApplication alloc] init];
     [messenger setBundleIdentifier:@"net.whatsapp.WhatsApp"];
     [messenger setBadge:objectFor(messengerBadge)];
-    [[SBApplicationController sharedInstance] addApplication:messenger];
+    [SBApplicationController addApplication:messenger];
     DarwinCounter posted(kPostedNames);
     injectTweak();
     ObjcSpringBoard driver(device, posted, messenger);

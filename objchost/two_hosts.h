@@ -27,10 +27,11 @@ Log runSimulatedWhatsApp(const testing::TestDevice& device, const WhatsAppScript
 Log runSimulatedSpringBoard(const testing::TestDevice& device, const host::Value& messengerBadge,
                             const SpringBoardScript& script);
 // This Objective-C app with the device adapter. The app's bundle (WhatsApp.app,
-// SpringBoard.app) is where its identity comes from.
+// SpringBoard.app) is where its identity comes from; SpringBoard's methods
+// are those of the firmware version given (springboard_firmware.h).
 Log runObjcWhatsApp(const testing::TestDevice& device, const WhatsAppScript& script);
 Log runObjcSpringBoard(const testing::TestDevice& device, const host::Value& messengerBadge,
-                       const SpringBoardScript& script);
+                       const SpringBoardScript& script, const std::string& firmware);
 
 // Shared by the runners: the child writes its log, the parent reads it.
 void writeLog(const testing::TestDevice& device, const std::string& name, const Log& log);
