@@ -140,9 +140,8 @@ const FirmwareProfile& installSpringBoardFirmware(const std::string& version) {
                                             : class_getInstanceMethod(cls, selector) != nullptr;
     if (present) continue;
     if (imp == nullptr) throw std::logic_error(std::string("no stand-in for ") + method.selector);
-    // Kept for the life of the process, as the method is.
-    const char* types = strdup(runtimeTypes(arm64Encoding(method, firstDumpOf(method))).c_str());
-    class_addMethod(cls, selector, imp, types);
+    const std::string types = runtimeTypes(arm64Encoding(method, firstDumpOf(method)));
+    class_addMethod(cls, selector, imp, types.c_str());
   }
   return profile;
 }
