@@ -128,7 +128,9 @@ class ObjcSpringBoard : public SpringBoardDriver {
         if (got.bulletin != bulletin) line += " with another bulletin";
         if (got.feed != kFeed) line += " with feed " + std::to_string(got.feed);
         if (got.withReply != longer) line += " through another method";
-        if (longer && (got.reply != reply || !got.playLightsAndSirens)) line += " with another reply";
+        if (longer && (got.reply != reply || !got.playLightsAndSirens)) {
+          line += " with another reply";
+        }
         log.push_back(line);
       }
     }

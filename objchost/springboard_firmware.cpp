@@ -8,7 +8,15 @@
 namespace hushwall::objchost {
 namespace {
 
-enum : unsigned { k70 = 1u << 0, k71 = 1u << 1, k80 = 1u << 2, k81 = 1u << 3, k82 = 1u << 4, k84 = 1u << 5 };
+// Bits of FirmwareMethod::dumps, in the order of kClassDumps.
+enum : unsigned {
+  k70 = 1u << 0,
+  k71 = 1u << 1,
+  k80 = 1u << 2,
+  k81 = 1u << 3,
+  k82 = 1u << 4,
+  k84 = 1u << 5,
+};
 
 constexpr char kShort[] = "observer:addBulletin:forFeed:";
 constexpr char kLong[] = "observer:addBulletin:forFeed:playLightsAndSirens:withReply:";
@@ -163,6 +171,15 @@ std::string arm64Encoding(const FirmwareMethod& method, const ClassDump& dump) {
     at = close + 1;
   }
   return encoding;
+}
+
+const FirmwareMethod* methodOf(const FirmwareProfile& profile, const std::string& className,
+                               const std::string& selector) {
+  for (std::size_t i = 0; i < profile.count; ++i) {
+    const FirmwareMethod& method = profile.methods[i];
+    if (className == method.className && selector == method.selector) return &method;
+  }
+  return nullptr;
 }
 
 const ClassDump& firstDumpOf(const FirmwareMethod& method) {

@@ -63,6 +63,11 @@ extern const std::size_t kFirmwareProfileCount;
 // does not claim (before 7.0, after 8.4).
 const FirmwareProfile& firmwareProfileFor(const std::string& version);
 
+// The generation's method of that class and selector (the first, where
+// dumps of two word sizes declare it), or null where it has none.
+const FirmwareMethod* methodOf(const FirmwareProfile& profile, const std::string& className,
+                               const std::string& selector);
+
 // The method's type encoding on arm64, from a dump's declaration: "v@:@@Q"
 // for (void)(id)(id)(unsigned long long). A 32-bit dump's char is read as
 // BOOL and its unsigned as NSUInteger, as the 64-bit dumps of the same

@@ -14,14 +14,6 @@
 namespace hushwall::objchost {
 namespace {
 
-const FirmwareMethod* find(const FirmwareProfile& profile, const char* cls, const char* selector) {
-  for (std::size_t i = 0; i < profile.count; ++i) {
-    const FirmwareMethod& m = profile.methods[i];
-    if (std::string(m.className) == cls && std::string(m.selector) == selector) return &m;
-  }
-  return nullptr;
-}
-
 // device/control's firmware (>= A.B) and (<< C.D), as major * 100 + minor.
 std::pair<int, int> controlledFirmware() {
   std::ifstream in(HUSHWALL_DEVICE_CONTROL);
@@ -59,7 +51,7 @@ TEST(FirmwareGenerations, CoverThePackagesRangeAndAgreeWithTheHookTable) {
       const bool outOfRange = profile.before <= entry.availability.since ||
                               entry.availability.before <= profile.since;
       ASSERT_TRUE(inRange || outOfRange) << entry.selector << " cuts " << profile.name;
-      EXPECT_EQ(find(profile, entry.className, entry.selector) != nullptr, inRange)
+      EXPECT_EQ(methodOf(profile, entry.className, entry.selector) != nullptr, inRange)
           << entry.className << " " << entry.selector << " on " << profile.name;
     }
   }

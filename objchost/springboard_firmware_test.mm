@@ -12,14 +12,6 @@
 namespace hushwall::objchost {
 namespace {
 
-const FirmwareMethod* find(const FirmwareProfile& profile, const char* cls, const char* selector) {
-  for (std::size_t i = 0; i < profile.count; ++i) {
-    const FirmwareMethod& m = profile.methods[i];
-    if (std::string(m.className) == cls && std::string(m.selector) == selector) return &m;
-  }
-  return nullptr;
-}
-
 // Every method a generation shows has one arm64 encoding, whichever of its
 // dumps it is read from (a 32-bit dump's char and unsigned included), and
 // the adapter has a shape compiled in for it: a hooked method without one
@@ -45,8 +37,9 @@ TEST(FirmwareGenerations, EveryMethodHasOneArm64EncodingWithACompiledShape) {
     }
   }
   // The longer bulletin method, from 64-bit and 32-bit dumps alike.
-  const FirmwareMethod* longer = find(kFirmwareProfiles[2], "SBBulletinBannerController",
-                                      "observer:addBulletin:forFeed:playLightsAndSirens:withReply:");
+  const FirmwareMethod* longer =
+      methodOf(kFirmwareProfiles[2], "SBBulletinBannerController",
+           "observer:addBulletin:forFeed:playLightsAndSirens:withReply:");
   ASSERT_NE(longer, nullptr);
   EXPECT_EQ(arm64Encoding(*longer, firstDumpOf(*longer)), "v@:@@QB@?");
   // What the table adds has a shape too.
@@ -54,7 +47,8 @@ TEST(FirmwareGenerations, EveryMethodHasOneArm64EncodingWithACompiledShape) {
     for (std::size_t e = 0; e < group->count; ++e) {
       const HookEntry& entry = group->entries[e];
       if (entry.how == HookEntry::How::kAdd) {
-        EXPECT_NE(darwin::shapeOf(darwin::canonicalEncoding(entry.types)), nullptr) << entry.selector;
+        EXPECT_NE(darwin::shapeOf(darwin::canonicalEncoding(entry.types)), nullptr)
+            << entry.selector;
       }
     }
   }
