@@ -43,10 +43,10 @@
 @interface SBBulletinObserverViewController : NSObject
 @end
 @interface NSObject (BulletinObserverFirmware)
-- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(unsigned long long)feed;
+- (void)observer:(id)observer addBulletin:(BBBulletin*)bulletin forFeed:(NSUInteger)feed;
 - (void)observer:(id)observer
             addBulletin:(BBBulletin*)bulletin
-                forFeed:(unsigned long long)feed
+                forFeed:(NSUInteger)feed
     playLightsAndSirens:(bool)playLightsAndSirens
               withReply:(id)reply;
 @end

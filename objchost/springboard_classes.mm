@@ -13,56 +13,58 @@ namespace {
 using hushwall::objchost::FirmwareMethod;
 using hushwall::objchost::FirmwareProfile;
 
-void show(const char* where, id observer, BBBulletin* bulletin, unsigned long long feed) {
+void show(const char* where, id observer, id bulletin, NSUInteger feed) {
   hushwall::objchost::objcHostLog().shown.push_back({where, observer, bulletin, feed});
 }
 
-void showWithReply(const char* where, id observer, BBBulletin* bulletin, unsigned long long feed,
-                   bool play, id reply) {
+void showWithReply(const char* where, id observer, id bulletin, NSUInteger feed, bool play,
+                   id reply) {
   hushwall::objchost::objcHostLog().shown.push_back(
       {where, observer, bulletin, feed, true, play, reply});
 }
 
-// The firmware methods, with the arm64 types of the dumps: an NSUInteger
-// feed and a bool for BOOL.
+// The firmware methods, with the arm64 types of the dumps (an NSUInteger
+// feed, a bool for BOOL) in exactly the C types that the adapter's method
+// shapes call them with: every object an id.
 template <const char* where>
-void addBulletin(id, SEL, id observer, BBBulletin* bulletin, unsigned long long feed) {
+void addBulletin(id, SEL, id observer, id bulletin, NSUInteger feed) {
   show(where, observer, bulletin, feed);
 }
 template <const char* where>
-void addBulletinWithReply(id, SEL, id observer, BBBulletin* bulletin, unsigned long long feed,
-                          bool play, id reply) {
+void addBulletinWithReply(id, SEL, id observer, id bulletin, NSUInteger feed, bool play,
+                          id reply) {
   showWithReply(where, observer, bulletin, feed, play, reply);
 }
 constexpr char kBannerLog[] = "banner";
 constexpr char kLockScreenLog[] = "lockscreen";
 constexpr char kNotificationCenterLog[] = "notificationCenter";
 
-id sectionID(BBBulletin* self, SEL) { return self->_sectionID; }
-id context(BBBulletin* self, SEL) { return self->_context; }
-id message(BBBulletin* self, SEL) { return self->_message; }
+id sectionID(id self, SEL) { return ((BBBulletin*)self)->_sectionID; }
+id context(id self, SEL) { return ((BBBulletin*)self)->_context; }
+id message(id self, SEL) { return ((BBBulletin*)self)->_message; }
 
-id bundleIdentifier(SBApplication* self, SEL) { return self->_bundleIdentifier; }
-id badgeNumberOrString(SBApplication* self, SEL) { return self->_badge; }
-void setBadge(SBApplication* self, SEL, id badge) {
+id bundleIdentifier(id self, SEL) { return ((SBApplication*)self)->_bundleIdentifier; }
+id badgeNumberOrString(id self, SEL) { return ((SBApplication*)self)->_badge; }
+void setBadge(id self, SEL, id badge) {
+  SBApplication* application = self;
   [badge retain];
-  [self->_badge release];
-  self->_badge = badge;
+  [application->_badge release];
+  application->_badge = badge;
 }
 
 SBApplicationController* sharedController() {
   static SBApplicationController* shared = [[SBApplicationController alloc] init];
   return shared;
 }
-NSArray* applicationsWithBundleIdentifier(SBApplicationController* self, SEL, id bundleIdentifier) {
+id applicationsWithBundleIdentifier(id self, SEL, id bundleIdentifier) {
   NSMutableArray* matching = [NSMutableArray array];
-  for (SBApplication* application in self->_applications) {
+  for (SBApplication* application in ((SBApplicationController*)self)->_applications) {
     if ([[application bundleIdentifier] isEqual:bundleIdentifier]) [matching addObject:application];
   }
   return matching;
 }
 // The first installed with that identifier, or nil.
-id applicationWithBundleIdentifier(SBApplicationController* self, SEL, id bundleIdentifier) {
+id applicationWithBundleIdentifier(id self, SEL, id bundleIdentifier) {
   NSArray* all = applicationsWithBundleIdentifier(self, nullptr, bundleIdentifier);
   return [all count] > 0 ? [all objectAtIndex:0] : nil;
 }

@@ -9,7 +9,8 @@ namespace {
 
 SEL singular() { return sel_registerName("applicationWithBundleIdentifier:"); }
 
-NSArray* applicationsWithBundleIdentifier(id self, SEL, id bundleIdentifier) {
+// Typed as the adapter's method shapes call it ("@@:@"), every object an id.
+id applicationsWithBundleIdentifier(id self, SEL, id bundleIdentifier) {
   id application = [self performSelector:singular() withObject:bundleIdentifier];
   return application != nil ? [NSArray arrayWithObject:application] : [NSArray array];
 }
