@@ -25,7 +25,10 @@ extern const ShippedLibrary kIos7Libraries[];
 extern const std::size_t kIos7LibraryCount;
 
 struct LaterSymbol {
-  const char* pattern;  // ECMAScript regex over the Itanium name (no Mach-O underscore)
+  // An ECMAScript regex searched for in the Itanium name (no Mach-O
+  // underscore), anchored where the whole name is meant. No ".*": the
+  // standard library's matcher recurses once per character it skips.
+  const char* pattern;
   std::uint32_t since;  // the first firmware whose libc++ or libc++abi exports it
   const char* reason;
 };

@@ -87,9 +87,10 @@ void checkImports(const Bytes& file, const Image& image, std::uint32_t minOs,
     if (lookedUp.count(import.symbol) != 0) {
       problems.push_back("imports " + import.symbol + " strongly; it is looked up at run time");
     }
-    const std::string name = import.symbol.substr(1);  // Mach-O's leading underscore
+    // C and C++ names alike carry a leading underscore in Mach-O.
+    const std::string name = import.symbol.empty() ? "" : import.symbol.substr(1);
     for (const auto& [pattern, entry] : later) {
-      if (entry->since > minOs && std::regex_match(name, pattern)) {
+      if (entry->since > minOs && std::regex_search(name, pattern)) {
         const std::string when = entry->since == kNever
                                      ? "is not shown to have"
                                      : "lacks (it came with iOS " + version(entry->since) + ")";
