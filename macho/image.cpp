@@ -94,6 +94,9 @@ Image parseImage(const Bytes& file) {
     image.commands.push_back(command);
     at += command.size;
   }
+  // What the count leaves over would be read as commands by whoever adds
+  // one after them.
+  if (at != image.commandsEnd) throw FormatError("the load commands do not fill sizeofcmds");
   return image;
 }
 
