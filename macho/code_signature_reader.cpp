@@ -20,6 +20,7 @@ std::size_t blobAt(const Bytes& file, std::size_t at, std::size_t end, std::uint
 // The file offset of the index entry of `slot` in the SuperBlob at
 // [offset, end), or 0 when there is none.
 std::size_t slotOffset(const Bytes& file, std::size_t offset, std::size_t end, std::uint32_t slot) {
+  if (end - offset < 12) throw FormatError("the signature's index is truncated");
   const std::uint32_t count = be32(file, offset + 8);
   if (count > (end - offset - 12) / 8) throw FormatError("the signature's index is truncated");
   for (std::uint32_t i = 0; i < count; ++i) {

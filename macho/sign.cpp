@@ -1,7 +1,5 @@
 #include "macho/sign.h"
 
-#include <algorithm>
-
 #include "macho/code_signature.h"
 #include "macho/image.h"
 
@@ -17,6 +15,8 @@ constexpr std::uint64_t kSegmentAlign = 0x4000;
 // it: the old signature's place, or a new command after the others.
 std::size_t makeRoom(Bytes& file, const Image& image, const Segment& linkedit) {
   if (const auto command = image.find(kCodeSignature)) {
+    if (command->size != kCodeSignatureCommandSize)
+      throw FormatError("an LC_CODE_SIGNATURE of the wrong size");
     const std::uint32_t dataoff = le32(file, command->offset + 8);
     if (dataoff < linkedit.fileoff || dataoff > file.size()) {
       throw FormatError("the old signature lies outside __LINKEDIT");
