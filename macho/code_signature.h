@@ -4,10 +4,11 @@
 // page of the file up to its code limit, and to the requirements.
 //
 // The kernels of iOS 7 and 8 validate only SHA-1 CodeDirectories
-// (hashType 1, hashSize 20) with 4096-byte pages; SHA-256 came with later
-// firmware. Unsigned arm64 code is not run at all, and a jailbreak of that
-// generation still needs a well-formed ad-hoc signature: it skips the
-// trust check, not the parsing.
+// (hashType 1, hashSize 20; xnu of that generation refuses any other in
+// cs_validate_codedirectory) with 4096-byte pages; SHA-256 came with later
+// firmware. A jailbreak lets an ad-hoc signature stand in for Apple's, so
+// the signature carries no certificate, but the kernel still parses it and
+// compares each page with its hash as the page is brought in.
 #pragma once
 
 #include <cstddef>
