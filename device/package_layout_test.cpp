@@ -137,40 +137,64 @@ TEST(PackageLayout, FilterNamesExactlyTheMessengerAndSpringBoard) {
   EXPECT_EQ(names, (std::multiset<std::string>{"com.apple.springboard", "net.whatsapp.WhatsApp"}));
 }
 
-TEST(PackageLayout, ControlFileIsAValidDebianStanza) {
-  const std::string text = readFile(kDevice / "control");
-  ASSERT_FALSE(text.empty());
-  EXPECT_EQ(text.back(), '\n');
+// A control file's fields; a failure for what is not one field per line.
+std::map<std::string, std::string> controlFields(const std::string& text) {
+  EXPECT_EQ(text.empty() ? '\0' : text.back(), '\n');
   std::map<std::string, std::string> fields;
   std::istringstream lines(text);
   const std::regex field(R"(([A-Za-z][A-Za-z0-9-]*): (\S.*))");
   for (std::string line; std::getline(lines, line);) {
     std::smatch m;
     // One field per line: no continuation lines, no blank lines, no CR.
-    ASSERT_TRUE(std::regex_match(line, m, field)) << "not a field line: '" << line << "'";
+    EXPECT_TRUE(std::regex_match(line, m, field)) << "not a field line: '" << line << "'";
     EXPECT_TRUE(fields.emplace(m[1], m[2]).second) << "field given twice: " << m[1];
   }
-  for (const char* required : {"Package", "Name", "Version", "Architecture", "Description",
-                               "Maintainer", "Author", "Section", "Depends"}) {
-    EXPECT_EQ(fields.count(required), 1u) << required;
-  }
-  EXPECT_TRUE(std::regex_match(fields["Package"], std::regex(R"([a-z0-9][a-z0-9+.-]+)")))
-      << fields["Package"];
-  EXPECT_TRUE(std::regex_match(fields["Version"],
-                               std::regex(R"(([0-9]+:)?[0-9][A-Za-z0-9.+~]*(-[A-Za-z0-9.+~]+)?)")))
-      << fields["Version"];
-  EXPECT_EQ(fields["Architecture"], "iphoneos-arm");
-  EXPECT_EQ(fields["Section"], "Tweaks");
-  std::set<std::string> depends;
-  std::istringstream list(fields["Depends"]);
+  return fields;
+}
+
+std::set<std::string> dependencyNames(const std::string& depends) {
+  std::set<std::string> names;
+  std::istringstream list(depends);
   for (std::string item; std::getline(list, item, ',');) {
     std::istringstream words(item);
     std::string name;
     words >> name;
-    depends.insert(name);
+    names.insert(name);
   }
-  EXPECT_EQ(depends.count("mobilesubstrate"), 1u);
-  EXPECT_EQ(depends.count("preferenceloader"), 1u);
+  return names;
+}
+
+TEST(PackageLayout, ControlFilesOfBothBuildsAreValidAndDifferOnlyInTheDevices) {
+  // Theos packs device/control as it is (armv7 and arm64); the Linux build
+  // (arm64 only) keeps 32-bit devices away.
+  auto theos = controlFields(readFile(kDevice / "control"));
+  auto arm64 = controlFields(run(std::string("'") + HUSHWALL_PACKAGE_SCRIPT + "' --control"));
+  for (auto* fields : {&theos, &arm64}) {
+    for (const char* required : {"Package", "Name", "Version", "Architecture", "Description",
+                                 "Maintainer", "Author", "Section", "Depends", "Icon"}) {
+      EXPECT_EQ(fields->count(required), 1u) << required;
+    }
+    EXPECT_TRUE(std::regex_match((*fields)["Package"], std::regex(R"([a-z0-9][a-z0-9+.-]+)")));
+    EXPECT_TRUE(std::regex_match((*fields)["Version"],
+                                 std::regex(R"(([0-9]+:)?[0-9][A-Za-z0-9.+~]*(-[A-Za-z0-9.+~]+)?)")));
+    for (const char* person : {"Maintainer", "Author"}) {
+      EXPECT_TRUE(std::regex_match((*fields)[person], std::regex(R"([^<>]+ <[^<>@ ]+@[^<>@ ]+>)")))
+          << person << " needs a name and an address: " << (*fields)[person];
+    }
+    EXPECT_EQ((*fields)["Architecture"], "iphoneos-arm");
+    EXPECT_EQ((*fields)["Section"], "Tweaks");
+    // The icon Cydia shows is the Settings row's, installed by the package.
+    EXPECT_EQ((*fields)["Icon"], "file:///Library/PreferenceBundles/HushwallSettings.bundle/icon.png");
+  }
+  const std::set<std::string> common = {"mobilesubstrate", "preferenceloader", "libstatusbar",
+                                        "firmware"};
+  EXPECT_EQ(dependencyNames(theos["Depends"]), common);
+  std::set<std::string> arm64Only = common;
+  arm64Only.insert("cy+cpu.arm64");
+  EXPECT_EQ(dependencyNames(arm64["Depends"]), arm64Only);
+  EXPECT_NE(theos["Description"], arm64["Description"]);
+  for (const char* differs : {"Depends", "Description"}) theos.erase(differs), arm64.erase(differs);
+  EXPECT_EQ(theos, arm64);
 }
 
 // The control file's firmware bounds, as major * 100 + minor.
@@ -244,30 +268,35 @@ std::pair<int, int> pngSize(const fs::path& path) {
   return {be32(16), be32(20)};
 }
 
-TEST(PackageLayout, StatusBarImagesOfTheIconNameAreShippedForEveryLookAndScale) {
-  // The name the library asks SpringBoard for (model/hushwall.cpp), behind
-  // the prefixes UIKit of iOS 7 and 8 looks the image up by, at each
-  // screen scale, among UIKit.framework's resources.
+// The PNGs of a folder, by name, with their sizes.
+std::map<std::string, std::pair<int, int>> pngsIn(const fs::path& folder) {
+  std::map<std::string, std::pair<int, int>> found;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    if (entry.path().extension() == ".png") found[entry.path().filename().string()] = pngSize(entry.path());
+  }
+  return found;
+}
+
+TEST(PackageLayout, ImagesAreShippedUnderTheNamesTheyAreLookedUpByAtEveryScale) {
+  // The status-bar item's name that the library asks for (model/hushwall.cpp),
+  // behind the prefixes libstatusbar looks it up by on iOS 7 and 8
+  // (scripts/render-images.sh), 14 x 20 points; the Settings row's icon,
+  // 29 x 29 points, under the name the PreferenceLoader entry gives.
   const std::string model = readFile(kDevice / "../model/hushwall.cpp");
   ASSERT_NE(model.find("kStatusBarImageName[] = \"HSWL\""), std::string::npos);
-  const fs::path folder = kDevice / "layout/System/Library/Frameworks/UIKit.framework";
-  std::set<std::string> expected;
-  for (const char* look : {"Black", "White", "LockScreen"}) {
-    for (int scale = 1; scale <= 3; ++scale) {
-      const std::string name = std::string(look) + "_ON_HSWL" +
-                               (scale == 1 ? "" : "@" + std::to_string(scale) + "x") + ".png";
-      expected.insert(name);
-      SCOPED_TRACE(name);
-      // 14 x 20 points: the height of the status bar.
-      EXPECT_EQ(pngSize(folder / name), std::make_pair(14 * scale, 20 * scale));
+  Plist entry =
+      parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
+  ASSERT_EQ(stringOf(child(child(entry.get(), "entry"), "icon")), "icon.png");
+  std::map<std::string, std::pair<int, int>> statusBar, settings;
+  for (int scale = 1; scale <= 3; ++scale) {
+    const std::string suffix = (scale == 1 ? "" : "@" + std::to_string(scale) + "x") + ".png";
+    for (const char* look : {"Black", "LockScreen"}) {
+      statusBar[std::string(look) + "_HSWL" + suffix] = {14 * scale, 20 * scale};
     }
+    settings["icon" + suffix] = {29 * scale, 29 * scale};
   }
-  std::set<std::string> shipped;
-  for (const auto& entry : fs::directory_iterator(folder)) {
-    shipped.insert(entry.path().filename().string());
-  }
-  EXPECT_EQ(shipped, expected);
-  EXPECT_TRUE(fs::exists(kDevice / "images/HSWL.svg"));
+  EXPECT_EQ(pngsIn(kDevice / "layout/System/Library/Frameworks/UIKit.framework"), statusBar);
+  EXPECT_EQ(pngsIn(kDevice / "HushwallSettings/Resources"), settings);
 }
 
 TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {

@@ -13,6 +13,8 @@ packages=(
   libgtest-dev libgmock-dev
   libbenchmark-dev
   clang-14 libclang-rt-14-dev
+  # SHA-1 for the phone's code signatures (macho/).
+  libssl-dev
   # The device adapter under a real Objective-C runtime (objchost/).
   libgnustep-base-dev libblocksruntime-dev libobjc-12-dev
 )

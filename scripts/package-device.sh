@@ -1,18 +1,23 @@
 #!/usr/bin/env bash
 # Builds the phone's Debian package on Linux, without Theos, from Debian
 # packages only (clang-14, lld-14's ld64.lld, llvm-14, libc++-14-dev's
-# headers, dpkg-deb, sqlite3) and an iPhoneOS SDK that the caller provides:
+# headers, dpkg-deb, sqlite3, and g++ with libssl-dev for the project's own
+# signer, macho/) and an iPhoneOS SDK that the caller provides:
 #
 #   scripts/package-device.sh --sdk DIR [--out DIR]
 #   scripts/package-device.sh --list-sources tweak|settings
+#   scripts/package-device.sh --control
 #
 # DIR is an iPhoneOS SDK folder (for example iPhoneOS14.5.sdk from the
 # public theos/sdks repository). The package lands in build-device/ (or
 # --out) as com.corvanta.hushwall_<version>_iphoneos-arm.deb, laid out as
 # the README's table says. The sources come from device/tweak.sources and
 # device/settings.sources, the lists that device/Makefile (Theos) reads too.
-# --list-sources prints a list's sources, as this script reads it, and
-# needs no SDK.
+# Each binary is signed for iOS 7 and 8 and checked for what that firmware
+# would refuse (macho/hushwall_macho.cpp); a problem fails the build.
+# --list-sources prints a list's sources, as this script reads it;
+# --control the package's control file (without Installed-Size). Neither
+# needs an SDK.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 device=$root/device
@@ -23,7 +28,7 @@ die() {
 }
 
 usage() {
-  sed -n '2,15p' "$0" | sed 's/^# \{0,1\}//'
+  sed -n '2,20p' "$0" | sed 's/^# \{0,1\}//'
 }
 
 # --- the source lists ----------------------------------------------------
@@ -70,6 +75,19 @@ list_links() {
   list_lines "$1" | sed -n "s/^$2:[[:space:]]*//p"
 }
 
+# --- the control file ----------------------------------------------------
+
+# The one difference from the control file of a Theos build, which is
+# device/control as it is and carries armv7 too: built for arm64 only, this
+# package depends on cy+cpu.arm64, the virtual package that Cydia of that
+# generation provides on 64-bit devices only, so that a 32-bit device
+# refuses it with a reason instead of installing a tweak that never loads;
+# and its description names the devices it runs on.
+arm64_control() {
+  sed -e '/^Depends:/s/$/, cy+cpu.arm64/' \
+    -e '/^Description:/s/iPhone, iPad and iPod touch$/64-bit devices (iPhone 5s, iPad Air, iPad mini 2 and later)/' \
+    "$device/control"
+}
 # --- arguments -----------------------------------------------------------
 
 sdk=
@@ -85,6 +103,10 @@ while (($#)); do
       (($# >= 2)) || die "--out needs a directory"
       out=$2
       shift 2
+      ;;
+    --control)
+      arm64_control
+      exit 0
       ;;
     --list-sources)
       (($# >= 2)) || die "--list-sources needs tweak or settings"
@@ -121,11 +143,12 @@ tools_present() {
     command -v sqlite3 >/dev/null && command -v llvm-nm-14 >/dev/null &&
     command -v llvm-otool-14 >/dev/null && command -v make >/dev/null &&
     { command -v ld64.lld-14 >/dev/null || [[ -x /usr/lib/llvm-14/bin/ld64.lld ]]; } &&
-    [[ -f $libcxx_headers/optional ]]
+    [[ -f $libcxx_headers/optional ]] && command -v g++ >/dev/null &&
+    [[ -f /usr/include/openssl/evp.h ]]
 }
 if ! tools_present; then
   # Only the packaging needs these, so the test build does not install them.
-  packages=(clang-14 lld-14 llvm-14 libc++-14-dev dpkg sqlite3 make)
+  packages=(clang-14 lld-14 llvm-14 libc++-14-dev dpkg sqlite3 make g++ libssl-dev)
   if [[ $(id -u) -ne 0 ]]; then
     die "missing tools; as root: apt-get install ${packages[*]}"
   fi
@@ -214,11 +237,23 @@ link_arguments() {
   while read -r name; do echo "-l$name"; done < <(list_links "$1" library)
 }
 
-# ld64.lld, ad-hoc signed (arm64 code must be signed to run at all), with
-# the platform version load command for the deployment target.
+# ld64.lld, with the platform version load command for the deployment
+# target, and unsigned: its own ad-hoc signature is SHA-256, which the
+# kernels of iOS 7 and 8 refuse; sign() below adds a SHA-1 one.
 # shellcheck disable=SC2054  # the commas belong to the -Wl, options
 link=(clang++-14 "${target[@]}" -stdlib=libc++ -fuse-ld="$lld" -mlinker-version=711
-  -Wl,-adhoc_codesign -Wl,-dead_strip)
+  -Wl,-no_adhoc_codesign -Wl,-dead_strip)
+
+# The project's signer and checker, built for this machine.
+macho_tool=$work/hushwall-macho
+mapfile -t macho_sources < <(find "$root/macho" -name '*.cpp' ! -name '*_test.cpp')
+g++ -std=c++17 -O2 -Wall -Wextra -Werror -I"$root" "${macho_sources[@]}" -lcrypto -o "$macho_tool" ||
+  die "building hushwall-macho failed"
+
+# Ad-hoc signs a binary with a SHA-1 CodeDirectory under an identifier.
+sign() {
+  "$macho_tool" sign --identifier "$2" "$1" || die "signing $(basename "$1") failed"
+}
 
 echo "package-device: building Hushwall.dylib ($arch, iOS $min_os and later)"
 compile_list "$device/tweak.sources" "$work/tweak.objects"
@@ -227,6 +262,7 @@ dylib=$work/Hushwall.dylib
 # shellcheck disable=SC2046  # one argument per word
 "${link[@]}" -dynamiclib -install_name /Library/MobileSubstrate/DynamicLibraries/Hushwall.dylib \
   "${tweak_objects[@]}" $(link_arguments "$device/tweak.sources") -o "$dylib"
+sign "$dylib" "$package"
 
 echo "package-device: building the settings bundle"
 compile_list "$device/settings.sources" "$work/settings.objects"
@@ -235,32 +271,20 @@ bundle_binary=$work/HushwallSettings
 # shellcheck disable=SC2046
 "${link[@]}" -bundle "${settings_objects[@]}" $(link_arguments "$device/settings.sources") \
   -o "$bundle_binary"
+sign "$bundle_binary" "$(sed -n '/CFBundleIdentifier/{n;s/.*<string>\(.*\)<\/string>.*/\1/p}' \
+  "$device/HushwallSettings/Resources/Info.plist")"
 
 # --- what the phone must be able to load ---------------------------------
 
-# A strong import of a symbol that the firmware lacks makes dyld refuse the
-# whole library, in SpringBoard and in WhatsApp. The private and
-# version-dependent functions are looked up at run time
-# (platform/darwin/optional_symbols.h), and what the C++ library exports
-# only from later firmware must not be used at all.
-check_imports() {
-  local binary=$1 imports bad
-  imports=$(llvm-nm-14 -u -m "$binary")
-  if grep -q 'dynamically looked up' <<<"$imports"; then
-    die "$(basename "$binary") imports symbols from no library: $(grep 'dynamically looked up' <<<"$imports" | head -5)"
-  fi
-  bad=$(grep -E '_MSHookMessageEx|_ABCFindPersonMatchingPhoneNumber' <<<"$imports" || true)
-  [[ -z $bad ]] || die "$(basename "$binary") imports a private function strongly: $bad"
-  # libc++ of iOS 7 has none of these; later firmware added them (optional's,
-  # variant's and any's exceptions in iOS 12, filesystem in 13, aligned
-  # allocation in 11, shared_mutex in 10, to_chars and atomic waits later).
-  bad=$(grep -E 'bad_optional_access|bad_variant_access|bad_any_cast|__fs10filesystem|St11align_val_t|shared_mutex|to_chars|from_chars|__libcpp_atomic_wait|__cxx_atomic_notify|verbose_abort' <<<"$imports" || true)
-  [[ -z $bad ]] || die "$(basename "$binary") needs a newer C++ library than iOS $min_os has: $bad"
-  llvm-otool-14 -l "$binary" | grep -A3 -E 'LC_VERSION_MIN_IPHONEOS|LC_BUILD_VERSION' |
-    grep -q -E "(version|minos) $min_os" || die "$(basename "$binary") does not say iOS $min_os"
-}
-check_imports "$dylib"
-check_imports "$bundle_binary"
+# What dyld and the kernel of iOS 7 would refuse: the architecture, the
+# deployment target, a SHA-1 signature whose every page matches, dyld info
+# that old dyld reads, Objective-C sections where its runtime looks, and
+# imports only from libraries and parts of the C++ library that iOS 7
+# ships (macho/ios7_rules.cpp lists them, each with its reason). A strong
+# import of a missing symbol makes dyld refuse the whole library, in
+# SpringBoard and in WhatsApp.
+"$macho_tool" check --min-ios "$min_os" "$dylib" "$bundle_binary" ||
+  die "a binary would not load on iOS $min_os (above)"
 
 # --- the package ---------------------------------------------------------
 
@@ -278,7 +302,7 @@ cp -R "$device/HushwallSettings/Resources/." "$bundle/"
 make -s -f "$device/HushwallSettings/template_db.mk" "$bundle/HSWL.db"
 mkdir -p "$stage/DEBIAN"
 {
-  cat "$device/control"
+  arm64_control
   echo "Installed-Size: $(du -sk --exclude=DEBIAN "$stage" | cut -f1)"
 } >"$stage/DEBIAN/control"
 find "$stage" -type d -exec chmod 0755 {} +
