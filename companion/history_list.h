@@ -49,6 +49,8 @@ struct HistorySection {
 // values within the years 1 to 9999.
 using DateFormat = std::function<std::string(double secondsSince1970)>;
 
+class Query;
+
 struct ClearedHistory {
   int rows = 0;
   int pictures = 0;
@@ -61,8 +63,13 @@ class HistoryList {
 
   // Every row, newest first.
   std::vector<HistoryEntry> entries();
-  // The same rows by number; sections in the order of their newest rows.
+  // The same rows by number (as stored); sections in the order of their
+  // newest rows.
   std::vector<HistorySection> sections();
+  // The same, one row at a time in bounded memory: each section (without its
+  // entries) before its rows.
+  void visitSections(const std::function<void(const HistorySection&)>& onSection,
+                     const std::function<void(const HistoryEntry&)>& onEntry);
 
   // Deletes the row and its picture file (unless another row shows the same
   // file). Throws std::runtime_error when there is no such row.
@@ -72,6 +79,8 @@ class HistoryList {
   ClearedHistory clear();
 
  private:
+  HistoryEntry entryOf(const Query& rows);
+
   host::FileSystem& files_;
   host::NotifyCenter& notifications_;
   DateFormat format_;

@@ -25,6 +25,12 @@ inline constexpr std::size_t kMaxXmlContainers = 10000;
 // Binary: most nodes the parser may build, counting every copy it makes of an
 // object that is referred to more than once.
 inline constexpr std::uint64_t kMaxBinaryNodes = 1u << 20;
+// Most dictionary keys in one file, all dictionaries together (in a binary
+// file counting every copy, as above). libplist's dictionaries and ours grow
+// worse than linearly with their keys: 470,000 keys took seconds and a few
+// million a minute, on every reload of the settings. The library reads eight
+// keys; a few thousand is generous for any settings file.
+inline constexpr std::size_t kMaxPlistKeys = 4096;
 
 // True when `bytes` can be handed to plist_from_memory, and the tree it gives
 // read, safely. Says nothing about whether the bytes are a property list.
