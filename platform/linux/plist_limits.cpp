@@ -209,6 +209,7 @@ bool binaryWithinLimits(std::string_view bytes) {
 }  // namespace
 
 bool plistSafeToParse(std::string_view bytes) {
+  if (bytes.size() > kMaxPlistBytes) return false;
   if (bytes.substr(0, 8) == "bplist00") return binaryWithinLimits(bytes);
   return xmlWithinLimits(bytes);
 }
