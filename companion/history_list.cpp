@@ -82,33 +82,37 @@ std::vector<HistoryEntry> HistoryList::entries() {
 void HistoryList::visitSections(const std::function<void(const HistorySection&)>& onSection,
                                 const std::function<void(const HistoryEntry&)>& onEntry) {
   CompanionDatabase db(files_);
-  // SQLite sorts the rows, spilling to a temporary file when they are many,
-  // so a history of any length is handed out a row at a time. A section is
-  // the rows of one stored number; it leads with its newest row (newest
-  // date, then last written), which also places it among the sections. Its
-  // title is the newest name that is not the user's own ("Me").
+  // A section is the rows of one stored number. It leads with its newest row
+  // (newest date, then last written), which also places it among the
+  // sections, and is named after its newest name that is not the user's own
+  // ("Me"). One row per section here; its rows are read section by section,
+  // so however long the history, nothing is held but the current row, and
+  // SQLite sorts no more than one section's rows at a time.
+  Query sections(db,
+                 "SELECT lead, title FROM (SELECT newest, "
+                 "(SELECT MAX(rowid) FROM History WHERE phoneNumber IS g.number AND date IS g.newest) AS lead, "
+                 "(SELECT name FROM History WHERE phoneNumber IS g.number AND CAST(isMine AS INTEGER) = 0 "
+                 "AND length(CAST(name AS BLOB)) > 0 ORDER BY date DESC, rowid DESC LIMIT 1) AS title "
+                 "FROM (SELECT phoneNumber AS number, MAX(date) AS newest FROM History GROUP BY phoneNumber) AS g) "
+                 "ORDER BY newest DESC, lead DESC");
   Query rows(db,
-             "SELECT h.rowid, h.phoneNumber, h.name, h.message, h.date, h.blockType, h.mediaType, "
-             "h.mediaFileName, h.isMine, s.lead, s.title FROM "
-             "(SELECT number, newest, "
-             "(SELECT MAX(rowid) FROM History WHERE phoneNumber IS g.number AND date IS g.newest) AS lead, "
-             "(SELECT name FROM History WHERE phoneNumber IS g.number AND CAST(isMine AS INTEGER) = 0 "
-             "AND length(CAST(name AS BLOB)) > 0 ORDER BY date DESC, rowid DESC LIMIT 1) AS title "
-             "FROM (SELECT phoneNumber AS number, MAX(date) AS newest FROM History GROUP BY phoneNumber) AS g)"
-             " AS s JOIN History AS h ON h.phoneNumber IS s.number "
-             "ORDER BY s.newest DESC, s.lead DESC, h.date DESC, h.rowid DESC");
-  std::optional<std::int64_t> section;
-  while (rows.next()) {
-    HistoryEntry entry = entryOf(rows);
-    if (section != rows.integer(9)) {
-      section = rows.integer(9);
-      HistorySection header{entry.phoneNumber, entry.phoneNumber, {}};
-      if (rows.bytes(10)) {
-        header.title = text(rows, 10) + (entry.phoneNumber.empty() ? "" : " (" + entry.phoneNumber + ")");
+             "SELECT rowid, phoneNumber, name, message, date, blockType, mediaType, mediaFileName, isMine "
+             "FROM History WHERE phoneNumber IS (SELECT phoneNumber FROM History WHERE rowid = ?) "
+             "ORDER BY date DESC, rowid DESC");
+  while (sections.next()) {
+    rows.reset();
+    rows.bind(1, sections.integer(0));
+    for (bool first = true; rows.next(); first = false) {
+      HistoryEntry entry = entryOf(rows);
+      if (first) {
+        HistorySection header{entry.phoneNumber, entry.phoneNumber, {}};
+        if (sections.bytes(1)) {
+          header.title = text(sections, 1) + (entry.phoneNumber.empty() ? "" : " (" + entry.phoneNumber + ")");
+        }
+        onSection(header);
       }
-      onSection(header);
+      onEntry(entry);
     }
-    onEntry(entry);
   }
 }
 
