@@ -1,7 +1,8 @@
 // The block history as the settings bundle shows it: newest first, grouped
 // by number, every row ready to show however damaged it is. Deleting a row
-// takes its picture with it; clearing takes every row and every saved
-// picture. Each change is announced with newMessagedAdded, the history's one
+// takes its picture with it; clearing takes every row with its picture, and
+// the pictures no row names once they are old enough that no batch can
+// still be writing their rows. Each change is announced with newMessagedAdded, the history's one
 // notification, so that every other listener re-reads the table.
 #ifndef HUSHWALL_COMPANION_HISTORY_LIST_H_
 #define HUSHWALL_COMPANION_HISTORY_LIST_H_
@@ -75,7 +76,8 @@ class HistoryList {
   // file). Throws std::runtime_error when there is no such row.
   void remove(std::int64_t id);
 
-  // Deletes every row and every saved picture, and nothing else.
+  // Deletes every row and the pictures they name, then the saved pictures
+  // that no row names and that are over an hour old, and nothing else.
   ClearedHistory clear();
 
  private:
