@@ -66,6 +66,8 @@ bool Query::next() {
   fail(db_.handle(), "database error in " + db_.file());
 }
 
+void Query::reset() { sqlite3_reset(stmt_); }
+
 std::optional<std::string_view> Query::bytes(int index) const {
   if (sqlite3_column_type(stmt_, index) == SQLITE_NULL) return std::nullopt;
   const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, index));

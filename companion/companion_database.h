@@ -51,6 +51,8 @@ class Query {
   Query& bind(int index, std::int64_t value);
   // True with a row to read, false when done.
   bool next();
+  // Ready to run again, with new bindings.
+  void reset();
 
   // A column's bytes as stored (a number as its text); nothing for NULL.
   std::optional<std::string_view> bytes(int index) const;

@@ -1,7 +1,8 @@
 // The block history as the settings bundle shows it: newest first, grouped
 // by number, every row ready to show however damaged it is. Deleting a row
-// takes its picture with it; clearing takes every row and every saved
-// picture. Each change is announced with newMessagedAdded, the history's one
+// takes its picture with it; clearing takes every row with its picture, and
+// the pictures no row names once they are old enough that no batch can
+// still be writing their rows. Each change is announced with newMessagedAdded, the history's one
 // notification, so that every other listener re-reads the table.
 #ifndef HUSHWALL_COMPANION_HISTORY_LIST_H_
 #define HUSHWALL_COMPANION_HISTORY_LIST_H_
@@ -49,6 +50,8 @@ struct HistorySection {
 // values within the years 1 to 9999.
 using DateFormat = std::function<std::string(double secondsSince1970)>;
 
+class Query;
+
 struct ClearedHistory {
   int rows = 0;
   int pictures = 0;
@@ -61,17 +64,25 @@ class HistoryList {
 
   // Every row, newest first.
   std::vector<HistoryEntry> entries();
-  // The same rows by number; sections in the order of their newest rows.
+  // The same rows by number (as stored); sections in the order of their
+  // newest rows.
   std::vector<HistorySection> sections();
+  // The same, one row at a time in bounded memory: each section (without its
+  // entries) before its rows.
+  void visitSections(const std::function<void(const HistorySection&)>& onSection,
+                     const std::function<void(const HistoryEntry&)>& onEntry);
 
   // Deletes the row and its picture file (unless another row shows the same
   // file). Throws std::runtime_error when there is no such row.
   void remove(std::int64_t id);
 
-  // Deletes every row and every saved picture, and nothing else.
+  // Deletes every row and the pictures they name, then the saved pictures
+  // that no row names and that are over an hour old, and nothing else.
   ClearedHistory clear();
 
  private:
+  HistoryEntry entryOf(const Query& rows);
+
   host::FileSystem& files_;
   host::NotifyCenter& notifications_;
   DateFormat format_;

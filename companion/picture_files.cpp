@@ -1,5 +1,7 @@
 #include "companion/picture_files.h"
 
+#include <cstdlib>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -29,9 +31,13 @@ bool removeFile(host::FileSystem& files, const std::string& devicePath) {
   return files.removeItem(path);
 }
 
-void removeFolderIfEmpty(host::FileSystem& files, const std::string& folder) {
-  std::optional<std::vector<host::Text>> left = files.contentsOfDirectory(host::T(folder));
-  if (left && left->empty()) files.removeItem(host::T(folder));
+// The SECONDS of a picture's name, as the library prints them ("%f");
+// infinity for anything else, which is then never old enough to remove.
+double savedAt(const std::string& seconds) {
+  if (seconds.empty() || seconds.find_first_not_of("0123456789.") != std::string::npos) {
+    return std::numeric_limits<double>::infinity();
+  }
+  return std::strtod(seconds.c_str(), nullptr);
 }
 
 }  // namespace
@@ -48,12 +54,10 @@ bool isPicturePath(const std::string& devicePath) {
 
 bool removePicture(host::FileSystem& files, const std::string& devicePath) {
   if (!isPicturePath(devicePath)) return false;
-  if (!removeFile(files, devicePath)) return false;
-  removeFolderIfEmpty(files, devicePath.substr(0, devicePath.rfind('/')));
-  return true;
+  return removeFile(files, devicePath);
 }
 
-int removeAllPictures(host::FileSystem& files) {
+int removePicturesSavedBefore(host::FileSystem& files, double savedBefore) {
   const std::string data = kDataDirectory;
   std::optional<std::vector<host::Text>> folders = files.contentsOfDirectory(host::T(data));
   if (!folders) return 0;
@@ -63,17 +67,14 @@ int removeAllPictures(host::FileSystem& files) {
     if (!isOrdinaryName(name)) continue;
     std::optional<std::vector<host::Text>> contents = files.contentsOfDirectory(host::T(folder));
     if (!contents) continue;  // the database and its journals
-    int fromFolder = 0;
     for (const host::Text& fileName : *contents) {
       const std::string file = host::toUtf8(fileName);
       if (file.compare(0, name.size() + 1, name + "-") == 0 && endsWith(file, ".png") &&
+          savedAt(file.substr(name.size() + 1, file.size() - name.size() - 5)) < savedBefore &&
           removeFile(files, join(folder, file))) {
-        ++fromFolder;
+        ++removed;
       }
     }
-    // A folder that held no picture is not one of ours to take.
-    if (fromFolder > 0) removeFolderIfEmpty(files, folder);
-    removed += fromFolder;
   }
   return removed;
 }

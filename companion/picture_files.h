@@ -16,15 +16,17 @@ namespace hushwall::companion {
 bool isPicturePath(const std::string& devicePath);
 
 // Removes the picture file when the path is a picture path and names a file
-// (not a folder), then its folder when that left it empty. True when
-// the file went.
+// (not a folder). True when the file went. Folders stay, even empty: the
+// messenger makes a number's folder and then saves into it, and a folder
+// removed between the two would lose a picture whose row is still written.
 bool removePicture(host::FileSystem& files, const std::string& devicePath);
 
-// Removes every saved picture in the data directory's picture folders (a
-// folder's pictures are named after the folder: NUMBER/NUMBER-SECONDS.png)
-// and every folder that this left empty. The database, its journals, and
-// anything else that is not such a picture stay. Returns how many files went.
-int removeAllPictures(host::FileSystem& files);
+// Removes the saved pictures in the data directory's picture folders (a
+// folder's pictures are named after the folder and their time of saving:
+// NUMBER/NUMBER-SECONDS.png) whose SECONDS are before `savedBefore`. The
+// database, its journals, younger pictures and anything else that is not
+// such a picture stay. Returns how many files went.
+int removePicturesSavedBefore(host::FileSystem& files, double savedBefore);
 
 }  // namespace hushwall::companion
 

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -60,10 +61,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                               word.find_first_of("0123456789") != std::string::npos,
                           "a phone number with other characters or no digit was accepted");
     }
+    if (const std::optional<std::int64_t> id = tools::decimalNumber(word, 1, tools::kMaxRowId)) {
+      HUSHWALL_FUZZ_CHECK(std::to_string(*id) == word, "a row id that is not its own decimal text was accepted");
+    }
     if (tools::watchCountError(word).empty()) {
-      HUSHWALL_FUZZ_CHECK(!word.empty() && word.find_first_not_of("0123456789") == std::string::npos &&
+      HUSHWALL_FUZZ_CHECK(std::to_string(std::strtoll(word.c_str(), nullptr, 10)) == word &&
                               std::strtoll(word.c_str(), nullptr, 10) <= tools::kMaxWatchCount,
-                          "a count out of range was accepted");
+                          "a count out of range or not in plain decimal was accepted");
     }
     if (tools::watchTimeoutError(word).empty()) {
       const double seconds = std::strtod(word.c_str(), nullptr);

@@ -5,12 +5,15 @@
 // containment rule the blacklist uses everywhere.
 #include <sqlite3.h>
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/env.h"
 #include "host/text.h"
 #include "host/value.h"
+#include "messenger/chat_search.h"
 #include "messenger/hooks.h"
 #include "messenger/host_messages.h"
 #include "model/database.h"
@@ -30,10 +33,6 @@ using host::Value;
 // The messenger's message database, in its documents directory. Only read.
 constexpr char kChatStorageComponent[] = "/ChatStorage.sqlite";
 
-// Every message row sent to or received from a JID containing the number.
-constexpr char kMessagesWithNumber[] =
-    "SELECT ZTOJID, ZFROMJID FROM ZWAMESSAGE WHERE ZTOJID LIKE '%%%s%%' OR ZFROMJID LIKE '%%%s%%'";
-
 // The messenger's chat manager class, looked up by name the first time a
 // purge runs and kept for the life of the process, as the class itself is.
 // Never released: hooks may run until the very end of the process, after
@@ -44,6 +43,20 @@ const Value& chatManagerClass() {
 }
 
 Value sharedChatManager() { return sendTo(chatManagerClass(), "sharedManager"); }
+
+// The messenger's message database, opened; nothing when there is none yet
+// or it cannot be opened. Only read from: the wrapper closes the handle.
+std::unique_ptr<Database> openChatStorage() {
+  host::OptText documents = host::env().bundles->documentsDirectory();
+  if (!documents) return nullptr;
+  const Text path = *documents + host::T(kChatStorageComponent);
+  // Before the messenger has stored its first message there is nothing to
+  // search, and opening would create an empty file in its folder.
+  if (!host::env().fileSystem->fileExists(path)) return nullptr;
+  auto db = std::make_unique<Database>(path);
+  if (!db->isOpen()) return nullptr;
+  return db;
+}
 
 // The purge comes first, so that by the time the messenger saves its state
 // and takes its snapshot for the app switcher the chats are already gone.
@@ -72,8 +85,15 @@ Value deleteAllMessagesBlacklisted(const Value& self, const host::Selector&, con
   // there run the main loop, a reload of the list must not pull it from
   // under this loop.
   const std::vector<Text> entries = *blacklistNumbers;
-  for (const Text& entry : entries) {
-    Value jids = sendTo(self, "getSessionsWithPhoneNumber:", {Value::string(entry)});
+  // Every number's JIDs from one scan of the messages, found before any
+  // chat is deleted; a chat deleted meanwhile is simply no longer found by
+  // the existence test below, as with a search made later. Numbers that the
+  // scan cannot answer exactly are searched one by one in their turn.
+  std::vector<std::optional<host::Array>> found(entries.size());
+  if (std::unique_ptr<Database> db = openChatStorage()) found = sessionsInOnePass(*db, entries);
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    Value jids = found[i] ? Value::array(std::move(*found[i]))
+                          : sendTo(self, "getSessionsWithPhoneNumber:", {Value::string(entries[i])});
     const host::Array* list = jids.array();
     if (list == nullptr) continue;
     for (const Value& jid : *list) {
@@ -91,47 +111,9 @@ Value deleteAllMessagesBlacklisted(const Value& self, const host::Selector&, con
 }
 
 Value getSessionsWithPhoneNumber(const Value&, const host::Selector&, const host::Args& args) {
-  host::OptText number = argumentAt(args, 0).text();
-  host::Array result;
-  host::OptText documents = host::env().bundles->documentsDirectory();
-  if (!documents) return Value::array(result);
-  const Text path = *documents + host::T(kChatStorageComponent);
-  // Before the messenger has stored its first message there is nothing to
-  // search, and opening would create an empty file in its folder.
-  if (!host::env().fileSystem->fileExists(path)) return Value::array(result);
-
-  // Only read from: the wrapper finalises the statement and closes the handle,
-  // also after a failed open or prepare.
-  Database db(path);
-  if (!db.isOpen()) return Value::array(result);
-
-  // Built with %s, not %q: the numbers come from the user's own blacklist,
-  // digits in practice, and an entry with a quote in it simply fails to
-  // prepare and finds no chats. The string is not freed, as it never has
-  // been in the shipped tweak: a few dozen bytes per entry, only on trips to
-  // the background, and the purge is kept exactly as it has always run
-  // rather than tidied.
-  std::string utf8;
-  if (number) utf8 = host::toUtf8(*number);
-  const char* numberText = number ? utf8.c_str() : nullptr;
-  char* sql = sqlite3_mprintf(kMessagesWithNumber, numberText, numberText);
-
-  Statement query(db, sql);
-  if (!query.isPrepared()) return Value::array(result);
-  const Text needle = number.value_or(Text());
-  while (query.step() == SQLITE_ROW) {
-    Text to = query.columnText(0).value_or(Text());
-    Text from = query.columnText(1).value_or(Text());
-    // LIKE ignores case and treats "_" as a wildcard; this plain test keeps
-    // only JIDs that really contain the number. A row names one chat: the
-    // recipient when it is the number's, otherwise the sender.
-    if (host::containsByLocation(to, needle)) {
-      result.push_back(Value::string(to));
-    } else if (host::containsByLocation(from, needle)) {
-      result.push_back(Value::string(from));
-    }
-  }
-  return Value::array(result);
+  std::unique_ptr<Database> db = openChatStorage();
+  if (!db) return Value::array({});
+  return Value::array(sessionsByQuery(*db, argumentAt(args, 0).text()));
 }
 
 }  // namespace hushwall

@@ -52,6 +52,7 @@ class Statement {
   Statement& operator=(const Statement&) = delete;
 
   bool isPrepared() const { return prepareResult_ == SQLITE_OK; }
+  sqlite3_stmt* handle() const { return stmt_; }
 
   // Parameters count from 1. An absent text binds NULL. Text is copied at once.
   void bindText(int index, const host::OptText& text);

@@ -13,7 +13,7 @@ seconds=${1:-20}
 build=$("$here/scripts/configure-sanitized.sh")
 
 targets=(notification_text bulletin_context settings_file unformatted_number scenario picture_path json_values
-         vcard command_line database_rows display_text macho)
+         vcard command_line database_rows display_text macho chat_search)
 cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
 
 export LSAN_OPTIONS="suppressions=$here/scripts/lsan.supp:print_suppressions=0"

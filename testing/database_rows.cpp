@@ -35,6 +35,7 @@ std::vector<HistoryRow> readHistoryRows(const std::string& databaseFile) {
   if (sqlite3_open_v2(databaseFile.c_str(), &conn.db, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
     throw std::runtime_error("cannot open " + databaseFile);
   }
+  sqlite3_busy_timeout(conn.db, 5000);  // a test may read while another process writes
   sqlite3_stmt* stmt = nullptr;
   const char* sql =
       "SELECT phoneNumber, name, message, date, blockType, mediaType, mediaFileName, mediaURL, "

@@ -19,14 +19,28 @@ void requireUtf8Arguments(int argc, const char* const* argv) {
   }
 }
 
-std::string watchCountError(const std::string& word) {
-  const std::string error = "must be a whole number from 0 to " + std::to_string(kMaxWatchCount) +
-                            ", got '" + host::repairUtf8(word) + "'";
-  if (word.empty() || word.size() > 10 || word.find_first_not_of("0123456789") != std::string::npos) {
-    return error;
+std::optional<std::int64_t> decimalNumber(const std::string& word, std::int64_t least, std::int64_t most) {
+  if (word.empty() || word.size() > 19 || word.find_first_not_of("0123456789") != std::string::npos ||
+      (word[0] == '0' && word.size() > 1)) {
+    return std::nullopt;
   }
-  return std::stoll(word) <= kMaxWatchCount ? std::string() : error;
+  std::uint64_t value = 0;  // 19 digits fit
+  for (char digit : word) value = value * 10 + static_cast<std::uint64_t>(digit - '0');
+  if (value > static_cast<std::uint64_t>(INT64_MAX)) return std::nullopt;
+  const auto number = static_cast<std::int64_t>(value);
+  if (number < least || number > most) return std::nullopt;
+  return number;
 }
+
+std::string decimalNumberError(const std::string& word, std::int64_t least, std::int64_t most) {
+  if (decimalNumber(word, least, most)) return std::string();
+  return "must be a whole number from " + std::to_string(least) + " to " + std::to_string(most) +
+         " in decimal, without sign or leading zeros, got '" + host::repairUtf8(word) + "'";
+}
+
+std::string watchCountError(const std::string& word) { return decimalNumberError(word, 0, kMaxWatchCount); }
+
+std::string rowIdError(const std::string& word) { return decimalNumberError(word, 1, kMaxRowId); }
 
 std::string watchTimeoutError(const std::string& word) {
   const std::string error = "must be a number of seconds from 0 to " +

@@ -7,6 +7,8 @@
 #ifndef HUSHWALL_TOOLS_COMMAND_LINE_CHECKS_H_
 #define HUSHWALL_TOOLS_COMMAND_LINE_CHECKS_H_
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace hushwall::tools {
@@ -16,9 +18,20 @@ namespace hushwall::tools {
 // text. The message shows the word with its bad bytes replaced.
 void requireUtf8Arguments(int argc, const char* const* argv);
 
-// `watch --count`: a whole number from 0 to kMaxWatchCount, in decimal.
+// Every count and row id the tools take: decimal digits only, no sign, no
+// blank, no leading zero (so "010" is not read as octal, "0x10" not as
+// hexadecimal), from `least` to `most`; anything else, a number past `most`
+// included, is refused rather than capped. The value, or nothing.
+std::optional<std::int64_t> decimalNumber(const std::string& word, std::int64_t least, std::int64_t most);
+std::string decimalNumberError(const std::string& word, std::int64_t least, std::int64_t most);
+
+// `watch --count`: a whole number from 0 to kMaxWatchCount.
 inline constexpr int kMaxWatchCount = 2147483647;
 std::string watchCountError(const std::string& word);
+
+// `history delete ID`: a History row id, which SQLite hands out from 1 up.
+inline constexpr std::int64_t kMaxRowId = INT64_MAX;
+std::string rowIdError(const std::string& word);
 
 // `watch --timeout`: seconds from 0 to kMaxWatchTimeout, in decimal (a
 // fraction and an exponent allowed). NaN and infinities are refused: the

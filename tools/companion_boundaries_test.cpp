@@ -2,10 +2,12 @@
 // words and roots on the command line, hostile bytes and a hot journal in the
 // database they read, and several writers of the settings file at once.
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -55,8 +57,15 @@ TEST(CompanionCommandLine, HostileWordsAndRootsAreRefusedBeforeAnythingChanges) 
       {{"blacklist", "add", "49\xC0\xAF" "30"}, "not valid UTF-8"},
       {{"settings", "set", "Enabled=\xFE"}, "not valid UTF-8"},
       {{"post", "com.Corvanta.\xED\xA0\x80"}, "not valid UTF-8"},
-      {{"watch", "--count", "-1"}, "--count: must be a whole number from 0 to 2147483647, got '-1'"},
+      {{"watch", "--count", "-1"}, "--count: must be a whole number from 0 to 2147483647 in decimal"},
       {{"watch", "--count", "2147483648"}, "whole number"},
+      {{"watch", "--count", "010"}, "without sign or leading zeros, got '010'"},
+      {{"history", "delete", "010", "--yes"}, "from 1 to 9223372036854775807"},
+      {{"history", "delete", "99999999999999999999", "--yes"}, "got '99999999999999999999'"},
+      {{"history", "delete", "9223372036854775808", "--yes"}, "whole number"},
+      {{"history", "delete", "0x10", "--yes"}, "whole number"},
+      {{"history", "delete", "+1", "--yes"}, "whole number"},
+      {{"history", "delete", "0", "--yes"}, "whole number"},
       {{"watch", "--timeout", "nan"}, "--timeout: must be a number of seconds from 0 to 31536000"},
       {{"watch", "--timeout", "1e300"}, "got '1e300'"},
       {{"watch", "--timeout", "-0.5"}, "seconds"},
@@ -235,6 +244,59 @@ TEST(CompanionDatabaseReading, HostileBytesAndAHotJournalAreReadAnyway) {
   EXPECT_EQ(afterKill, blacklist);
   EXPECT_EQ(historyAfterKill, history);
   EXPECT_FALSE(fs::exists(journal) && fs::file_size(journal) > 0);
+}
+
+// A writer saving batches as the messenger does (the pictures, then their
+// rows, each row its own commit, no busy timeout) while `history clear` runs
+// again and again: no row that is stored ever names a picture that is gone.
+TEST(CompanionHistoryClear, ClearingWhileBatchesAreSavedOrphansNoRow) {
+  TempDeviceRoot device;
+  device.installDatabase();
+  PrivateBus bus(device.path());
+  const std::string data = "/var/mobile/Library/Preferences/Hushwall";
+  fs::create_directories(device.native(data + "/4917"));
+  std::ofstream(device.native(data + "/4917/4917-1400000000.000000.png")) << "an old picture without a row";
+  int done[2];
+  ASSERT_EQ(::pipe(done), 0);
+  BackgroundProcess writer([&] {
+    sqlite3* db = nullptr;
+    sqlite3_open(device.databaseFile().c_str(), &db);
+    sqlite3_exec(db, "PRAGMA synchronous = OFF", nullptr, nullptr, nullptr);  // the race, not the disk
+    for (int batch = 0; batch < 300; ++batch, ::usleep(2000)) {  // batches come apart
+      std::vector<std::string> pictures;
+      for (int i = 0; i < 10; ++i) {
+        char name[64];
+        std::snprintf(name, sizeof name, "/4917/4917-%f.png",
+                      std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count());
+        pictures.push_back(data + name);
+        fs::create_directories(device.native(data + "/4917"));
+        std::ofstream(device.native(pictures.back()) + ".tmp") << "png";
+        fs::rename(device.native(pictures.back()) + ".tmp", device.native(pictures.back()));
+      }
+      for (const std::string& picture : pictures) {
+        sqlite3_exec(db, ("INSERT INTO History (phoneNumber, mediaType, mediaFileName) VALUES ('4917', 1, '" +
+                          picture + "')").c_str(), nullptr, nullptr, nullptr);
+      }
+    }
+  });
+  ::close(done[1]);
+  int clears = 0, orphaned = 0, rowsSeen = 0;
+  for (pollfd end{done[0], POLLIN, 0}; ::poll(&end, 1, 0) == 0; ++clears) {
+    std::string err;
+    EXPECT_EQ(ctl(device.path(), {"history", "clear", "--yes"}, nullptr, &err), 0) << err;
+    for (const HistoryRow& row : readHistoryRows(device.databaseFile())) {
+      ++rowsSeen;
+      orphaned += !fs::exists(device.native(*row.mediaFileName));
+    }
+  }
+  ::close(done[0]);
+  writer.expectSuccess();
+  EXPECT_GT(clears, 2);
+  EXPECT_EQ(orphaned, 0) << "rows naming a deleted picture, of " << rowsSeen << " seen between clears";
+  EXPECT_FALSE(fs::exists(device.native(data + "/4917/4917-1400000000.000000.png")));
+  std::printf("hushwall-figure: clear racing a writer: %d clears during 3,000 pictures and rows saved in "
+              "batches of 10; %d rows seen between clears, %d naming a deleted picture\n",
+              clears, rowsSeen, orphaned);
 }
 
 TEST(CompanionSettingsFile, SettersRacingEachOtherLoseNoKey) {

@@ -46,6 +46,26 @@ StmtPtr prepare(sqlite3* db, const std::string& sql) {
 }  // namespace
 
 nlohmann::json readTable(const std::string& databaseFile, const std::string& table) {
+  nlohmann::json rows = nlohmann::json::array();
+  forEachRow(databaseFile, table, [&rows](const nlohmann::json& row) { rows.push_back(row); });
+  return rows;
+}
+
+void printTableJson(std::ostream& out, const std::string& databaseFile, const std::string& table) {
+  const char* separator = "[\n  ";
+  forEachRow(databaseFile, table, [&](const nlohmann::json& row) {
+    std::string text = row.dump(2);
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {
+      text.insert(at + 1, "  ");
+    }
+    out << separator << text;
+    separator = ",\n  ";
+  });
+  out << (separator[0] == '[' ? "[]\n" : "\n]\n");
+}
+
+void forEachRow(const std::string& databaseFile, const std::string& table,
+                const std::function<void(const nlohmann::json&)>& onRow) {
   // Read-write, though only to read: a writer killed in the middle of a
   // transaction leaves a hot journal, which the next reader must roll back
   // before it may read, and a read-only connection cannot. query_only keeps
@@ -54,14 +74,12 @@ nlohmann::json readTable(const std::string& databaseFile, const std::string& tab
   DbPtr db = openDatabase(databaseFile, SQLITE_OPEN_READWRITE);
   sqlite3_exec(db.get(), "PRAGMA query_only = 1", nullptr, nullptr, nullptr);
   StmtPtr query = prepare(db.get(), "SELECT * FROM \"" + table + "\" ORDER BY rowid");
-  nlohmann::json rows = nlohmann::json::array();
   int rc;
-  while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) rows.push_back(rowAsJson(query.get()));
+  while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) onRow(rowAsJson(query.get()));
   if (rc != SQLITE_DONE) {
     throw std::runtime_error("cannot read " + table + " from '" + databaseFile +
                              "': " + sqlite3_errmsg(db.get()));
   }
-  return rows;
 }
 
 const std::vector<std::string>& historyColumns() {

@@ -3,6 +3,7 @@
 #ifndef HUSHWALL_TOOLS_HISTORY_TABLE_H_
 #define HUSHWALL_TOOLS_HISTORY_TABLE_H_
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
@@ -13,6 +14,14 @@ namespace hushwall::tools {
 // Every row of `table` in rowid order, as objects keyed by column name.
 // Throws std::runtime_error when the database or the table cannot be read.
 nlohmann::json readTable(const std::string& databaseFile, const std::string& table);
+
+// The same rows handed to `onRow` one at a time, none kept.
+void forEachRow(const std::string& databaseFile, const std::string& table,
+                const std::function<void(const nlohmann::json&)>& onRow);
+
+// The same rows printed as readTable's result would dump with an indent of
+// 2, a row at a time.
+void printTableJson(std::ostream& out, const std::string& databaseFile, const std::string& table);
 
 // The History columns shown in a text table; mediaURL is left out, being long
 // and telling little at a glance (the JSON rows carry it).

@@ -206,19 +206,19 @@ void removeFromBlacklist(const Device& device, const std::string& number) {
 
 // The history as the settings bundle's screen shows it: by number, newest
 // first, dates in the user's locale.
+// Printed as they are read: a history of any length in bounded memory.
 void showHistory(const Device& device) {
   Companion companion(device);
   std::size_t rows = 0;
-  for (const companion::HistorySection& section : companion.history.sections()) {
-    std::cout << printable(section.title) << "\n";
-    for (const companion::HistoryEntry& entry : section.entries) {
-      // A name or text with line breaks or terminal escapes stays on its line.
-      std::cout << "  " << entry.id << "\t" << entry.date << "\t" << blockKindName(entry.kind)
-                << (entry.hasPicture ? "\tpicture\t" : "\t\t") << printable(entry.name) << ": "
-                << printable(entry.message) << "\n";
-      ++rows;
-    }
-  }
+  companion.history.visitSections(
+      [](const companion::HistorySection& section) { std::cout << printable(section.title) << "\n"; },
+      [&rows](const companion::HistoryEntry& entry) {
+        // A name or text with line breaks or terminal escapes stays on its line.
+        std::cout << "  " << entry.id << "\t" << entry.date << "\t" << blockKindName(entry.kind)
+                  << (entry.hasPicture ? "\tpicture\t" : "\t\t") << printable(entry.name) << ": "
+                  << printable(entry.message) << "\n";
+        ++rows;
+      });
   std::cout << "History rows: " << rows << "\n";
 }
 
@@ -240,8 +240,8 @@ void clearHistory(const Device& device, bool yes) {
 
 void listTable(const Device& device, const std::string& table, const std::vector<std::string>& columns,
                bool json) {
+  if (json) return printTableJson(std::cout, device.databaseFile(), table);
   nlohmann::json rows = readTable(device.databaseFile(), table);
-  if (json) return printJson(rows);
   printTable(std::cout, rows, columns);
   std::cout << table << " rows: " << rows.size() << "\n";
 }
@@ -315,8 +315,9 @@ int main(int argc, char** argv) {
   std::vector<std::string> words;
   std::string number, name = "Anonymous", notification;
   bool json = false, yes = false;
-  std::int64_t historyId = 0;
-  std::optional<int> count;
+  // Counts and ids are kept as words and read by decimalNumber, never by the
+  // option parser's own conversion, which takes "010" as octal.
+  std::string historyId, count;
   std::optional<double> timeout;
 
   auto* settings = app.add_subcommand("settings", "the settings file");
@@ -345,7 +346,9 @@ int main(int argc, char** argv) {
   auto* history = app.add_subcommand("history", "print the block history, or change it");
   history->add_flag("--json", json, "print JSON rows");
   auto* historyDelete = history->add_subcommand("delete", "delete one row and its picture");
-  historyDelete->add_option("id", historyId, "the row's id")->required();
+  historyDelete->add_option("id", historyId, "the row's id")
+      ->required()
+      ->check(CLI::Validator(rowIdError, "1.." + std::to_string(kMaxRowId)));
   historyDelete->add_flag("--yes", yes, "do not ask (needed when stdin is not a terminal)");
   auto* historyClear = history->add_subcommand("clear", "delete every row and saved picture");
   historyClear->add_flag("--yes", yes, "do not ask (needed when stdin is not a terminal)");
@@ -388,7 +391,7 @@ int main(int argc, char** argv) {
       std::cout << "posted " << what << "\n";
     }
     if (*historyDelete) {
-      deleteHistoryRow(device, historyId, yes);
+      deleteHistoryRow(device, *decimalNumber(historyId, 1, kMaxRowId), yes);
     } else if (*historyClear) {
       clearHistory(device, yes);
     } else if (*history && json) {
@@ -397,7 +400,11 @@ int main(int argc, char** argv) {
       showHistory(device);
     }
     if (*pictures) listPictures(device, json);
-    if (*watchCmd) return watch(device, count, timeout);
+    if (*watchCmd) {
+      std::optional<int> awaited;
+      if (!count.empty()) awaited = static_cast<int>(*decimalNumber(count, 0, kMaxWatchCount));
+      return watch(device, awaited, timeout);
+    }
     return 0;
   } catch (const std::invalid_argument& e) {
     std::cerr << "hushwallctl: " << e.what() << "\n";

@@ -267,7 +267,7 @@ TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
   ASSERT_EQ(run(device.root, {"history", "clear", "--yes"}, &out), 0);
   EXPECT_NE(out.find("deleted 2 history rows and 1 pictures"), std::string::npos) << out;
   EXPECT_EQ(rows(), 0u);
-  EXPECT_FALSE(fs::exists(device.root.native(data + "/4917")));
+  EXPECT_FALSE(fs::exists(device.root.native(data + "/4917/4917-2.000000.png")));
   EXPECT_TRUE(fs::exists(device.root.databaseFile()));
   device.settle(kNewMessagedAddedNotification, changed, 3);
 }

@@ -19,7 +19,7 @@ using host::Value;
 // Property-list dates count from 2001-01-01 00:00 UTC.
 constexpr double kSecondsFrom1970To2001 = 978307200.0;
 // A property list this large is no settings file; it is refused unread.
-constexpr std::streamoff kMaxFileBytes = 64 << 20;
+constexpr std::streamoff kMaxFileBytes = kMaxPlistBytes;
 
 struct PlistFree {
   void operator()(void* node) const { plist_free(node); }

@@ -169,6 +169,19 @@ TEST_F(PlistFileTest, HostileNestingIsRefusedQuicklyAndWithoutCrashing) {
   auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(readPlistDictionary(file("bomb.plist")));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+
+  // Bounded in keys too: a file at the bound loads, one key more is damaged.
+  host::Dict keys;
+  for (std::size_t i = 0; i < kMaxPlistKeys; ++i) keys[T("Key" + std::to_string(i))] = Value::boolean(true);
+  writeBinaryPlist(file("keys.plist"), keys);
+  writeXmlPlist(file("keys.xml"), keys);
+  EXPECT_EQ(readPlistDictionary(file("keys.plist")), keys);
+  EXPECT_EQ(readPlistDictionary(file("keys.xml")), keys);
+  keys[T("OneMore")] = Value::boolean(true);
+  writeBinaryPlist(file("keys.plist"), keys);
+  writeXmlPlist(file("keys.xml"), keys);
+  EXPECT_FALSE(readPlistDictionary(file("keys.plist")));
+  EXPECT_FALSE(readPlistDictionary(file("keys.xml")));
 }
 
 TEST_F(PlistFileTest, WritingFailsLoudlyAndLeavesTheOldFile) {

@@ -9,20 +9,25 @@ namespace {
 // --- XML -------------------------------------------------------------------
 
 // libplist makes a container only from a tag named exactly "array" or "dict"
-// right after '<'. Counting every such tag, wherever it stands (comments,
-// strings, DTDs included), over-counts but never misses one; only the literal
-// empty forms are left out, since they cannot hold anything.
+// right after '<', and a dictionary key only from one named "key". Counting
+// every such tag, wherever it stands (comments, strings, DTDs included),
+// over-counts but never misses one; only the literal empty forms of
+// containers are left out, since they cannot hold anything.
 bool xmlWithinLimits(std::string_view xml) {
   // XML has no place for a NUL character; libplist would keep one inside a
   // key and then abort when handing the key out.
   if (xml.find('\0') != std::string_view::npos) return false;
-  std::size_t containers = 0;
+  std::size_t containers = 0, keys = 0;
   for (std::size_t at = xml.find('<'); at != std::string_view::npos; at = xml.find('<', at + 1)) {
-    for (std::string_view name : {std::string_view("array"), std::string_view("dict")}) {
+    for (std::string_view name : {std::string_view("array"), std::string_view("dict"), std::string_view("key")}) {
       std::string_view rest = xml.substr(at + 1);
       if (rest.size() <= name.size() || rest.substr(0, name.size()) != name) continue;
       char after = rest[name.size()];
       if (std::string_view(" \t\r\n<>/").find(after) == std::string_view::npos) continue;
+      if (name == "key") {
+        if (++keys > kMaxPlistKeys) return false;
+        continue;
+      }
       if (rest.substr(name.size(), 2) == "/>") continue;
       if (++containers > kMaxXmlContainers) return false;
     }
@@ -71,15 +76,17 @@ class BinaryGraph {
   // The references an object holds: where they start and how many there are.
   // False when the object cannot be read or is a dictionary with a key that
   // libplist would choke on; leaves hold none.
-  bool references(std::uint64_t object, std::uint64_t* start, std::uint64_t* refs) const {
+  bool references(std::uint64_t object, std::uint64_t* start, std::uint64_t* refs, std::uint64_t* keys) const {
     Header h;
     *refs = 0;
+    *keys = 0;
     if (!header(object, &h)) return false;
     if (h.type < 0xA || h.type > 0xD) return true;
     std::uint64_t available = (table_ - h.payload) / refWidth_;
     if (h.length > available || (h.type == 0xD && h.length > available / 2)) return false;
     *start = h.payload;
     *refs = h.type == 0xD ? 2 * h.length : h.length;
+    *keys = h.type == 0xD ? h.length : 0;
     for (std::uint64_t i = 0; h.type == 0xD && i < h.length; ++i) {
       std::uint64_t key = reference(h.payload, i);
       if (key >= count_ || !isReadableKey(key)) return false;
@@ -149,16 +156,17 @@ bool binaryWithinLimits(std::string_view bytes) {
   if (!graph.readTrailer()) return false;
   enum : std::uint8_t { kUnseen, kOnPath, kDone };
   std::vector<std::uint8_t> state(graph.count(), kUnseen);
-  std::vector<std::uint64_t> nodes(graph.count());
+  std::vector<std::uint64_t> nodes(graph.count()), keys(graph.count());
   std::vector<std::uint32_t> height(graph.count());
   struct Frame {
-    std::uint64_t object, start, refs, next, nodes;
+    std::uint64_t object, start, refs, next, nodes, keys;
     std::uint32_t height;
   };
   std::vector<Frame> path;
   auto enter = [&](std::uint64_t object) {
-    Frame f{object, 0, 0, 0, 1, 1};
-    if (path.size() >= kMaxPlistNesting || !graph.references(object, &f.start, &f.refs)) {
+    Frame f{object, 0, 0, 0, 1, 0, 1};
+    if (path.size() >= kMaxPlistNesting || !graph.references(object, &f.start, &f.refs, &f.keys) ||
+        f.keys > kMaxPlistKeys) {
       return false;
     }
     state[object] = kOnPath;
@@ -176,18 +184,24 @@ bool binaryWithinLimits(std::string_view bytes) {
         continue;
       }
       f.nodes += nodes[child];
+      f.keys += keys[child];
       f.height = std::max(f.height, height[child] + 1);
     } else {
       Frame done = f;
       path.pop_back();
       state[done.object] = kDone;
       nodes[done.object] = done.nodes;
+      keys[done.object] = done.keys;
       height[done.object] = done.height;
       if (path.empty()) break;
       path.back().nodes += done.nodes;
+      path.back().keys += done.keys;
       path.back().height = std::max(path.back().height, done.height + 1);
     }
-    if (path.back().nodes > kMaxBinaryNodes || path.back().height > kMaxPlistNesting) return false;
+    if (path.back().nodes > kMaxBinaryNodes || path.back().keys > kMaxPlistKeys ||
+        path.back().height > kMaxPlistNesting) {
+      return false;
+    }
   }
   return true;
 }
@@ -195,6 +209,7 @@ bool binaryWithinLimits(std::string_view bytes) {
 }  // namespace
 
 bool plistSafeToParse(std::string_view bytes) {
+  if (bytes.size() > kMaxPlistBytes) return false;
   if (bytes.substr(0, 8) == "bplist00") return binaryWithinLimits(bytes);
   return xmlWithinLimits(bytes);
 }

@@ -22,9 +22,22 @@ inline constexpr std::size_t kMaxPlistNesting = 512;
 // iterative, but it frees a tree recursively (also when it gives up half way),
 // so the number of containers bounds the recursion it can reach.
 inline constexpr std::size_t kMaxXmlContainers = 10000;
+// Most dictionary keys in one file, all dictionaries together (in a binary
+// file counting every copy, as above). libplist's dictionaries and ours grow
+// worse than linearly with their keys: 470,000 keys took seconds and a few
+// million a minute, on every reload of the settings. The library reads eight
+// keys; a few thousand is generous for any settings file.
+inline constexpr std::size_t kMaxPlistKeys = 4096;
 // Binary: most nodes the parser may build, counting every copy it makes of an
-// object that is referred to more than once.
-inline constexpr std::uint64_t kMaxBinaryNodes = 1u << 20;
+// object that is referred to more than once: enough for a dictionary of
+// kMaxPlistKeys keys. libplist's binary reader takes time growing with the
+// square of an array's length: 8,000 items took 0.36 s, 32,000 over 3 s and
+// a million (a 1 MB file) longer than anyone waits.
+inline constexpr std::uint64_t kMaxBinaryNodes = 2 * kMaxPlistKeys + 2;
+// Most bytes in one file. The settings file is a few hundred bytes; a
+// megabyte leaves room for thousands of long keys, while the 60 MB that the
+// file reader allows took the parser over two seconds.
+inline constexpr std::size_t kMaxPlistBytes = 1u << 20;
 
 // True when `bytes` can be handed to plist_from_memory, and the tree it gives
 // read, safely. Says nothing about whether the bytes are a property list.
