@@ -282,7 +282,7 @@ TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsCh
     EXPECT_EQ(text([clear title]), "Clear History");
     tap(clear);
     EXPECT_EQ(shownAlerts().back().buttons, (std::vector<std::string>{"Cancel", "Clear History"}));
-    EXPECT_EQ(answerAlert("Cancel"), "Every blocked message and every saved picture will be deleted.");
+    EXPECT_EQ(answerAlert("Cancel"), "Every blocked message and its picture will be deleted.");
     EXPECT_EQ(shownRows(screen).size(), 3u);
     tap(clear);
     const std::size_t alerts = shownAlerts().size();

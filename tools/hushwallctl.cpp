@@ -233,7 +233,7 @@ void deleteHistoryRow(const Device& device, std::int64_t id, bool yes) {
 void clearHistory(const Device& device, bool yes) {
   device.checkBusAddress();
   Companion companion(device);
-  confirm("Delete every history row and every saved picture?", yes);
+  confirm("Delete every history row and its picture?", yes);
   companion::ClearedHistory cleared = companion.history.clear();
   std::cout << "deleted " << cleared.rows << " history rows and " << cleared.pictures << " pictures\n";
 }

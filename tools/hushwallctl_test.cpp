@@ -241,7 +241,7 @@ TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
   // On a terminal it asks, and only "y" or "yes" goes ahead.
   std::string shown;
   EXPECT_EQ(runOnTerminal(device.root, {"history", "clear"}, "n", &shown), 1);
-  EXPECT_NE(shown.find("Delete every history row and every saved picture? [y/N]"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("Delete every history row and its picture? [y/N]"), std::string::npos) << shown;
   EXPECT_NE(shown.find("not confirmed; nothing changed"), std::string::npos) << shown;
   EXPECT_EQ(rows(), 3u);
   shown.clear();

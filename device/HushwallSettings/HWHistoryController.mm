@@ -145,7 +145,7 @@ NSString* kindTitle(BlockKind kind) {
 }
 
 - (void)clearTapped:(id)sender {
-  HWConfirm(self, @"Clear History", @"Every blocked message and every saved picture will be deleted.",
+  HWConfirm(self, @"Clear History", @"Every blocked message and its picture will be deleted.",
             @"Clear History", ^{
               if (auto problem = HWAttempt([] { history().clear(); })) HWShowProblem(*problem);
               [self reload];
