@@ -5,7 +5,6 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <set>
 
 #include "companion/phone_number_rule.h"
 #include "platform/linux/dbus_signal_name.h"
@@ -315,17 +314,12 @@ Scenario parseScenario(const json& document) {
       checkNoNulIn(document["blacklist"][i], {"name", "phoneNumber"},
                    "scenario: blacklist entry " + std::to_string(i + 1));
     }
-    // The entries are added as the settings bundle adds them, which refuses
-    // a malformed or already listed number: refused here instead, before
-    // anything is made, rather than half way through laying out the device.
-    std::set<std::string> listed;
-    for (std::size_t i = 0; i < document["blacklist"].size(); ++i) {
-      const json& row = document["blacklist"][i];
-      const std::string where = "scenario: blacklist entry " + std::to_string(i + 1);
-      const std::string number = row["phoneNumber"].get<std::string>();
-      if (auto problem = companion::phoneNumberProblem(number)) fail(where, *problem);
-      if (!listed.insert(number).second) fail(where, "'" + number + "' is listed twice");
-      scenario.blacklist.push_back({row.value("name", ""), number});
+    // The rows are stored as written, not added through the settings
+    // bundle's rules: the table may hold what the chat-list action or another
+    // program put there (an empty entry, a word, a number twice), and the
+    // library must cope with that.
+    for (const json& row : document["blacklist"]) {
+      scenario.blacklist.push_back({row.value("name", ""), row["phoneNumber"].get<std::string>()});
     }
   }
   if (document.contains("contacts")) {

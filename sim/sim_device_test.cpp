@@ -214,11 +214,17 @@ TEST(HushwallSim, SpringBoardSeedsTheDatabaseAndRestartedAppsReadItAfresh) {
   EXPECT_NE(shown, std::string::npos) << "the icon was shown before SpringBoard restarted\n" << out;
 }
 
+// The blacklist is stored as written: rows the settings bundle would refuse
+// are rows a phone's table may hold all the same.
 TEST(HushwallSim, AProcessKilledByTheRangeFailureIsReportedAndRestarted) {
   SimRun sim;
+  const json blacklist = {{{"name", "Spammer"}, {"phoneNumber", kSpammer}},
+                          {{"name", "empty"}, {"phoneNumber", ""}},
+                          {{"name", "quote"}, {"phoneNumber", "12'3"}},
+                          {{"name", "again"}, {"phoneNumber", kSpammer}}};
   json scenario = {
       {"settings", settings({"Enabled"})},
-      {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", kSpammer}}}},
+      {"blacklist", blacklist},
       {"steps",
        {localBulletin("banner", "Alice:", kSpammerJid), localBulletin("banner", "Bob: hi", kBobJid)}}};
   SimResult result = sim.play(scenario);
@@ -229,6 +235,11 @@ TEST(HushwallSim, AProcessKilledByTheRangeFailureIsReportedAndRestarted) {
   ASSERT_EQ(banners.size(), 1u) << "the restarted SpringBoard goes on with the next step";
   EXPECT_EQ(banners[0]["message"], "Bob: hi");
   EXPECT_EQ(result.state["springboard"]["flags"]["Enabled"], true);
+  for (std::size_t i = 0; i < blacklist.size(); ++i) {
+    json row = blacklist[i];
+    row["id"] = i + 1;
+    EXPECT_EQ(result.state["database"]["Blacklist"][i], row);
+  }
   EXPECT_NE(result.output.find("RangeException"), std::string::npos) << result.output;
   EXPECT_NE(result.output.find("springboard restarted by the device"), std::string::npos);
 }
