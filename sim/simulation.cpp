@@ -107,7 +107,9 @@ class Simulation {
   }
 
   void start(const std::string& app) {
-    std::vector<std::string> argv = {paths_.app, "--root", root_, "--app", app, "--library", paths_.library};
+    std::vector<std::string> argv = {app == "whatsapp" ? paths_.whatsApp : paths_.springBoard, "--root",
+                                     root_, "--app", app, "--library", paths_.library};
+    argv.insert(argv.end(), paths_.appOptions.begin(), paths_.appOptions.end());
     if (app == "whatsapp") {
       for (const std::string& chat : chats_) argv.insert(argv.end(), {"--chat", chat});
     }

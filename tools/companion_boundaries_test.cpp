@@ -105,6 +105,8 @@ TEST(CompanionCommandLine, HostileWordsAndRootsAreRefusedBeforeAnythingChanges) 
   EXPECT_NE(err.find("not valid UTF-8"), std::string::npos) << err;
   EXPECT_EQ(runProgram({HUSHWALL_SIM_PATH, "run", "scenario\xFF.json"}, nullptr, &err), 2);
   EXPECT_NE(err.find("not valid UTF-8"), std::string::npos) << err;
+  EXPECT_EQ(runProgram({HUSHWALL_SIM_PATH, "demo", "--device", "objc", "--firmware", "8.5"}, nullptr, &err), 2);
+  EXPECT_NE(err.find("firmware '8.5' is not one the package runs on (7.0 to 8.4)"), std::string::npos) << err;
 
   // A root too long for its bus socket: a change that could not be announced
   // is refused, not made and then reported as refused.
