@@ -19,6 +19,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -136,6 +137,12 @@ class Observer {
     }
   }
 
+  // The badge of each app SpringBoard knows, by bundle identifier.
+  void watchBadges(std::function<std::map<std::string, json>()> badges) {
+    badges_ = std::move(badges);
+    lastBadges_ = badges_();
+  }
+
   void report(json event) { add(std::move(event)); }
   void noteBulletin(const void* bulletin, json given) { bulletins_[bulletin] = std::move(given); }
   json asGiven(const void* bulletin) const {
@@ -180,6 +187,16 @@ class Observer {
       events_.push_back({{"event", "shown"}, {"to", log.shown[shown_].where},
                          {"bulletin", asGiven(log.shown[shown_].bulletin)}});
     }
+    if (badges_) {
+      std::map<std::string, json> now = badges_();
+      for (const auto& [bundleId, badge] : now) {
+        auto known = lastBadges_.find(bundleId);
+        if (known == lastBadges_.end() || known->second != badge) {
+          events_.push_back({{"event", "badge"}, {"bundleId", bundleId}, {"value", badge}});
+        }
+      }
+      lastBadges_ = std::move(now);
+    }
     const auto& sounds = gnustep::playedSystemSounds();
     for (; sounds_ < sounds.size(); ++sounds_) events_.push_back({{"event", "sound"}, {"id", sounds[sounds_]}});
     const auto& requests = gnustep::statusBarRequests();
@@ -208,6 +225,8 @@ class Observer {
   int backgrounded_ = 0, terminated_ = 0, deliveries_ = 0;
   json events_ = json::array();
   std::map<const void*, json> bulletins_;
+  std::function<std::map<std::string, json>()> badges_;
+  std::map<std::string, json> lastBadges_;
 };
 
 #ifndef HUSHWALL_OBJC_WHATSAPP
@@ -227,7 +246,7 @@ json statusBarShown() {
 #ifdef HUSHWALL_OBJC_WHATSAPP
 class Steps {
  public:
-  explicit Steps(Observer& observer) : observer_(observer) {
+  explicit Steps(Observer&) {
     connection_ = [[XMPPConnection alloc] init];
     chatList_ = [[ChatListViewController alloc] init];
     delegate_ = [[WhatsAppAppDelegate alloc] init];
@@ -333,7 +352,6 @@ class Steps {
                     (titles.empty() ? "none" : titles) + ")");
   }
 
-  Observer& observer_;
   XMPPConnection* connection_;
   ChatListViewController* chatList_;
   WhatsAppAppDelegate* delegate_;
@@ -351,6 +369,12 @@ class Steps {
   }
 
   explicit Steps(Observer& observer) : observer_(observer) {
+    apps_[kMessenger] = applicationFor(kMessenger);
+    observer_.watchBadges([this] {
+      std::map<std::string, json> badges;
+      for (const auto& [bundleId, app] : apps_) badges[bundleId] = jsonOf([app badgeNumberOrString]);
+      return badges;
+    });
     banner_ = [[SBBulletinBannerController alloc] init];
     lockScreen_ = [[SBLockScreenNotificationListController alloc] init];
     notificationCenter_ = [[SBBulletinObserverViewController alloc] init];
@@ -362,7 +386,9 @@ class Steps {
     if (kind == "badge") {
       const std::string bundleId = step.at("bundleId").get<std::string>();
       SBApplication* app = applicationFor(bundleId);
-      [app setBadge:objectFor(step.at("value"))];
+      const json& value = step.at("value");
+      // GNUstep's own string classes are subclasses of the base class.
+      [app setBadge:value.is_object() ? ns(value["subclassText"].get<std::string>()) : objectFor(value)];
       observer_.report({{"event", "badgeRequest"}, {"bundleId", bundleId}, {"requested", step.at("value")},
                         {"shows", jsonOf([app badgeNumberOrString])}});
       return;
@@ -385,10 +411,10 @@ class Steps {
   SBApplication* applicationFor(const std::string& bundleId) {
     NSArray* apps = [[SBApplicationController sharedInstance] applicationsWithBundleIdentifier:ns(bundleId)];
     if ([apps count] > 0) return [apps objectAtIndex:0];
-    SBApplication* app = [[[SBApplication alloc] init] autorelease];
+    SBApplication* app = [[SBApplication alloc] init];
     [app setBundleIdentifier:ns(bundleId)];
     [[SBApplicationController sharedInstance] addApplication:app];  // installed now
-    return app;
+    return apps_[bundleId] = app;
   }
 
   void bulletin(const std::string& to, const json& given) {
@@ -408,6 +434,7 @@ class Steps {
   }
 
   Observer& observer_;
+  std::map<std::string, SBApplication*> apps_;  // those the steps have met
   id banner_, lockScreen_, notificationCenter_;
 };
 #endif

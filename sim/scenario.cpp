@@ -213,7 +213,7 @@ const std::map<std::string, Fields>& stepFields() {
       {"background", {}},
       {"terminate", {}},
       {"bulletin", {{"to", kString, true}, {"bulletin", kObject, true}}},
-      {"badge", {{"bundleId", kString, true}, {"value", kNumber | kString | kNull, true}}},
+      {"badge", {{"bundleId", kString, true}, {"value", kNumber | kString | kNull | kObject, true}}},
       {"settings", {{"values", kObject, true}}},
       {"blacklistAdd", {{"phoneNumber", kString, true}, {"name", kString}}},
       {"blacklistRemove", {{"phoneNumber", kString, true}}},
@@ -258,6 +258,10 @@ Step parseStep(const json& given, int number) {
   if (step.kind == "bulletin") {
     checkOneOf(given["to"], {"banner", "lockscreen", "notificationCenter"}, named, "to");
     checkObject(given["bulletin"], kBulletin, named + ": bulletin");
+  }
+  // A text of a subclass of the base string class: {"subclassText": "7"}.
+  if (step.kind == "badge" && given["value"].is_object()) {
+    checkObject(given["value"], {{"subclassText", kString, true}}, named + ": value");
   }
   if (step.kind == "restart") checkOneOf(given["process"], {"springboard", "whatsapp"}, named, "process");
   if (step.kind == "settings") checkPlistValue(given["values"], named + ": values");

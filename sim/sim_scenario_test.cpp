@@ -70,6 +70,8 @@ TEST(HushwallSimScenario, RejectsABadScenarioBeforeAnythingStarts) {
        {"step 1 (blacklistRemove): field \"phoneNumber\" holds a NUL"}},
       {"a malformed number in a blacklist step", R"({"steps": [{"do": "blacklistAdd", "phoneNumber": "x"}]})",
        {"step 1 (blacklistAdd): malformed phone number 'x'"}},
+      {"a badge object that is no text", R"({"steps": [{"do": "badge", "bundleId": "b", "value": {"text": "7"}}]})",
+       {"step 1 (badge): value: unknown field \"text\""}},
       {"a contact with a line break", R"({"contacts": ["+49 170\nEND:VCARD"]})",
        {"scenario: contact 1: the number holds a line break"}},
       {"a notification name that is none", R"({"steps": [{"do": "background"}, {"do": "post", "name": "nodot"}]})",
