@@ -198,7 +198,9 @@ class Observer {
       lastBadges_ = std::move(now);
     }
     const auto& sounds = gnustep::playedSystemSounds();
-    for (; sounds_ < sounds.size(); ++sounds_) events_.push_back({{"event", "sound"}, {"id", sounds[sounds_]}});
+    for (; sounds_ < sounds.size(); ++sounds_) {
+      events_.push_back({{"event", "sound"}, {"id", sounds[sounds_]}});
+    }
     const auto& requests = gnustep::statusBarRequests();
     for (; statusBar_ < requests.size(); ++statusBar_) {
       const std::string& request = requests[statusBar_];
@@ -319,7 +321,8 @@ class Steps {
         [stanza setMediaType:(int)item.value("mediaType", std::int64_t{0})];
         [stanza setMediaURL:text(item, "mediaURL")];
         if (item.contains("media")) {
-          const host::Bytes bytes = sim::decodeBase64(item["media"].get<std::string>()).value_or(host::Bytes{});
+          const host::Bytes bytes =
+              sim::decodeBase64(item["media"].get<std::string>()).value_or(host::Bytes{});
           XMPPMediaElement* media = [[[XMPPMediaElement alloc] init] autorelease];
           [media setValue:[NSData dataWithBytes:bytes.data() length:bytes.size()]];
           [stanza setMedia:media];
@@ -426,8 +429,20 @@ class Steps {
     observer_.noteBulletin(bulletin, given);
     id controller = to == "banner" ? banner_ : to == "lockscreen" ? lockScreen_ : notificationCenter_;
     const std::size_t before = objcHostLog().shown.size();
-    // The observer is some SpringBoard object; feed 2 stands for any feed.
-    [controller observer:[[[NSObject alloc] init] autorelease] addBulletin:bulletin forFeed:2];
+    // The observer is some SpringBoard object, feed 2 stands for any feed and
+    // an object for the reply block. Where the controller has the longer
+    // method of later firmware, SpringBoard hands bulletins through that one.
+    id observer = [[[NSObject alloc] init] autorelease];
+    SEL longer = @selector(observer:addBulletin:forFeed:playLightsAndSirens:withReply:);
+    if ([controller respondsToSelector:longer]) {
+      [controller observer:observer
+                  addBulletin:bulletin
+                      forFeed:2
+          playLightsAndSirens:YES
+                    withReply:[[[NSObject alloc] init] autorelease]];
+    } else {
+      [controller observer:observer addBulletin:bulletin forFeed:2];
+    }
     if (objcHostLog().shown.size() == before) {
       observer_.report({{"event", "withheld"}, {"to", to}, {"bulletin", given}});
     }
