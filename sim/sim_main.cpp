@@ -119,7 +119,9 @@ int play(const std::string& scenarioPath, const std::string& statePath, const st
   }
   try {
     Transcript transcript(std::cout);
-    transcript.heading("Hushwall on a simulated device: " + scenarioPath);
+    const std::string objc = " (the phone's adapter in Objective-C apps, firmware " +
+                             (firmware.empty() ? std::string(objchost::kNewestFirmware) : firmware) + ")";
+    transcript.heading("Hushwall on a simulated device" + (device == "objc" ? objc : "") + ": " + scenarioPath);
     transcript.heading("Device root: " + root->path() + (root->temporary() ? " (removed at the end)" : ""));
     const RunOutcome outcome = runScenario(scenario, root->path(), paths,
                                            static_cast<int>(replyLimitSeconds * 1000), transcript);
