@@ -1,6 +1,7 @@
 // Every scenario file of the repository played on both devices: the
 // simulated one (libHushwall.so in hushwall-app) and the Objective-C one
-// (the phone's adapter in the stand-in apps), on each SpringBoard profile.
+// (the phone's adapter in the stand-in apps), on each firmware generation's
+// SpringBoard.
 // The final states must be equal but for the differences declared below,
 // each with its reason, and each of those must show: a declared difference
 // that no longer occurs is as wrong as one that is not declared.
@@ -11,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "objchost/firmware_profile.h"
+#include "objchost/springboard_firmware.h"
 #include "sim/sim_run.h"
 
 namespace hushwall::objchost {
@@ -58,7 +59,8 @@ TEST(BothDevices, EveryScenarioFileEndsAlikeOnBothDevices) {
     sim::SimRun simulated;
     sim::SimResult expected = simulated.playFile(file.string());
     ASSERT_EQ(expected.exitCode, 0) << name << "\n" << expected.errors;
-    for (const std::string& firmware : firmwarePerProfile()) {
+    for (std::size_t i = 0; i < kFirmwareProfileCount; ++i) {
+      const std::string firmware = kFirmwareProfiles[i].version;
       SCOPED_TRACE(name + " on firmware " + firmware);
       sim::SimRun objc;
       sim::SimResult got = objc.playFile(file.string(), {"--device", "objc", "--firmware", firmware});

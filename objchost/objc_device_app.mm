@@ -29,7 +29,6 @@
 #include <string>
 #include <vector>
 
-#include "objchost/firmware_profile.h"
 #include "objchost/objc_host_log.h"
 #include "platform/gnustep/stand_in_device.h"
 #include "platform/linux/dbus_notify_center.h"
@@ -368,7 +367,7 @@ class Steps {
   static void installMessenger() {
     SBApplication* messenger = [[SBApplication alloc] init];
     [messenger setBundleIdentifier:ns(kMessenger)];
-    [[SBApplicationController sharedInstance] addApplication:messenger];
+    [SBApplicationController addApplication:messenger];
   }
 
   explicit Steps(Observer& observer) : observer_(observer) {
@@ -416,7 +415,7 @@ class Steps {
     if ([apps count] > 0) return [apps objectAtIndex:0];
     SBApplication* app = [[SBApplication alloc] init];
     [app setBundleIdentifier:ns(bundleId)];
-    [[SBApplicationController sharedInstance] addApplication:app];  // installed now
+    [SBApplicationController addApplication:app];  // installed now
     return apps_[bundleId] = app;
   }
 
@@ -429,20 +428,11 @@ class Steps {
     observer_.noteBulletin(bulletin, given);
     id controller = to == "banner" ? banner_ : to == "lockscreen" ? lockScreen_ : notificationCenter_;
     const std::size_t before = objcHostLog().shown.size();
-    // The observer is some SpringBoard object, feed 2 stands for any feed and
-    // an object for the reply block. Where the controller has the longer
-    // method of later firmware, SpringBoard hands bulletins through that one.
-    id observer = [[[NSObject alloc] init] autorelease];
-    SEL longer = @selector(observer:addBulletin:forFeed:playLightsAndSirens:withReply:);
-    if ([controller respondsToSelector:longer]) {
-      [controller observer:observer
-                  addBulletin:bulletin
-                      forFeed:2
-          playLightsAndSirens:YES
-                    withReply:[[[NSObject alloc] init] autorelease]];
-    } else {
-      [controller observer:observer addBulletin:bulletin forFeed:2];
-    }
+    // The observer is some SpringBoard object and an object stands for the
+    // reply block. Where the controller has the longer method of later
+    // firmware, SpringBoard hands bulletins through that one.
+    deliverTo(controller, [[[NSObject alloc] init] autorelease], bulletin,
+              [[[NSObject alloc] init] autorelease]);
     if (objcHostLog().shown.size() == before) {
       observer_.report({{"event", "withheld"}, {"to", to}, {"bulletin", given}});
     }
@@ -533,13 +523,14 @@ int main(int argc, char** argv) {
   const std::string app = "springboard";
 #endif
   CLI::App cli{"One app process of a Hushwall device, the phone's code in an Objective-C app"};
-  std::string root, library, given, firmware = kNewestFirmware;
+  std::string root, library, given, firmware;
   std::vector<std::string> chats;
   cli.add_option("--root", root, "device root")->required();
   cli.add_option("--app", given, "which app")->required()->check(CLI::IsMember({app}));
   cli.add_option("--library", library, "the adapter library to inject")->required();
   cli.add_option("--chat", chats, "a chat the messenger holds (its JID)");
-  cli.add_option("--firmware", firmware, "the firmware version whose SpringBoard this is");
+  cli.add_option("--firmware", firmware, "the firmware version whose SpringBoard this is")
+      ->required();
   CLI11_PARSE(cli, argc, argv);
 
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -552,10 +543,12 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    // The stand-in's classes are those of the firmware's generation.
-    (void)springBoardProfileFor(firmware);
     objcHostLog().chats = std::set<std::string>(chats.begin(), chats.end());
     gnustep::bootDevice(root);
+#ifndef HUSHWALL_OBJC_WHATSAPP
+    // The stand-in's classes are those of the firmware's generation.
+    installSpringBoardFirmware(firmware);
+#endif
   } catch (const std::exception& e) {
     std::cerr << "hushwall objc app: cannot start " << app << ": " << e.what() << "\n";
     return 2;

@@ -39,8 +39,9 @@ struct ObjcHostLog {
     std::string where;  // "banner", "lockscreen", "notificationCenter"
     const void* observer;
     const void* bulletin;
-    std::uint32_t feed;
-    // Through the longer method of iOS 8.2: what came after the feed.
+    std::uint64_t feed;
+    // Through the longer method (the lock screen from iOS 8.0, the banner
+    // from 8.2): what came after the feed.
     bool withReply = false;
     bool playLightsAndSirens = false;
     const void* reply = nullptr;

@@ -32,7 +32,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include "objchost/firmware_profile.h"
+#include "objchost/springboard_firmware.h"
 #include "sim/child_cleanup.h"
 #include "sim/scenario.h"
 #include "sim/simulation.h"
@@ -44,6 +44,9 @@ namespace hushwall::sim {
 namespace {
 
 namespace fs = std::filesystem;
+
+// The Objective-C device's firmware when --firmware names none.
+constexpr char kNewestFirmware[] = "8.4";
 
 // The device root: given (new or empty, kept) or temporary (removed).
 class DeviceRoot {
@@ -88,8 +91,8 @@ SimulationPaths devicePaths(const std::string& device, const std::string& firmwa
     const std::string app = companionFile("hushwall-app", HUSHWALL_APP_PATH);
     return {app, app, HUSHWALL_LIBRARY_PATH, templateDatabase, {}};
   }
-  const std::string version = firmware.empty() ? objchost::kNewestFirmware : firmware;
-  objchost::springBoardProfileFor(version);  // refuses a version outside the package's range
+  const std::string version = firmware.empty() ? kNewestFirmware : firmware;
+  objchost::firmwareProfileFor(version);  // refuses a version outside the package's range
 #ifdef HUSHWALL_DEVICE_LIBRARY_PATH
   return {HUSHWALL_OBJC_WHATSAPP_PATH, HUSHWALL_OBJC_SPRINGBOARD_PATH, HUSHWALL_DEVICE_LIBRARY_PATH,
           templateDatabase, {"--firmware", version}};
@@ -120,7 +123,7 @@ int play(const std::string& scenarioPath, const std::string& statePath, const st
   try {
     Transcript transcript(std::cout);
     const std::string objc = " (the phone's adapter in Objective-C apps, firmware " +
-                             (firmware.empty() ? std::string(objchost::kNewestFirmware) : firmware) + ")";
+                             (firmware.empty() ? std::string(kNewestFirmware) : firmware) + ")";
     transcript.heading("Hushwall on a simulated device" + (device == "objc" ? objc : "") + ": " + scenarioPath);
     transcript.heading("Device root: " + root->path() + (root->temporary() ? " (removed at the end)" : ""));
     const RunOutcome outcome = runScenario(scenario, root->path(), paths,

@@ -1,5 +1,6 @@
 // The three replacements of observer:addBulletin:forFeed: inside SpringBoard,
-// and of its longer form from iOS 8.2 on the banner and the lock screen.
+// and of its longer form on the lock screen (from iOS 8.0) and the banner
+// (from iOS 8.2).
 // The lock-screen list and the notification centre only drop a blocked
 // sender's bulletin; the banner controller is the one place where a blocked
 // notification is recorded, announced with the icon and felt as a vibration,

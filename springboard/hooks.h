@@ -11,7 +11,7 @@ namespace hushwall {
 extern host::IMP original_lockScreen_addBulletin;
 host::Value hook_lockScreen_addBulletin(const host::Value& self, const host::Selector& cmd,
                                         const host::Args& args);
-// The same from iOS 8.2, where the lock screen receives bulletins through
+// The same from iOS 8.0, where the lock screen receives bulletins through
 // observer:addBulletin:forFeed:playLightsAndSirens:withReply:.
 extern host::IMP original_lockScreen_addBulletinWithReply;
 host::Value hook_lockScreen_addBulletinWithReply(const host::Value& self,

@@ -39,34 +39,42 @@ const HookEntry kWhatsAppEntries[] = {
 };
 
 // SpringBoard's methods exist on the iOS 7 and 8 generation of SpringBoard.
-// iOS 8.2 moved bulletin delivery to the observer protocol's longer method,
-// observer:addBulletin:forFeed:playLightsAndSirens:withReply:, on the banner
-// and the lock screen (the notification centre kept the short one); each
-// gets a second entry over the same logic, so the package covers 7.0 to
-// 8.4. Later SpringBoards replaced these controllers (the lock screen and
-// the banners were rebuilt in iOS 10), and the package's firmware range
-// (device/control) ends before iOS 9, the first firmware not checked.
+// The banner and the lock screen moved bulletin delivery to the observer
+// protocol's longer method, observer:addBulletin:forFeed:playLightsAndSirens:
+// withReply:, the lock screen in iOS 8.0 and the banner in iOS 8.2 (the
+// notification centre kept the short one); each gets a second entry over
+// the same logic, so the package covers 7.0 to 8.4. Every range is that of
+// the class dumps of objchost/springboard_firmware.cpp, which names the
+// file and line of each: MP0w/iOS-Headers for 7.0, 7.1, 8.0 and 8.1,
+// coleflowers/iOS8-Class-Dump for 8.2, Zob3k/iOS-8.4-Headers-Full for 8.4
+// (8.3 has no dump and is taken to be as 8.2 and 8.4, which agree). Later
+// SpringBoards replaced these controllers (the lock screen and the banners
+// were rebuilt in iOS 10), and the package's firmware range (device/control)
+// ends before iOS 9, the first firmware not checked.
 const HookEntry kSpringBoardEntries[] = {
     {"SBLockScreenNotificationListController", Kind::kInstance, "observer:addBulletin:forFeed:",
      How::kReplace, nullptr, &hook_lockScreen_addBulletin, &original_lockScreen_addBulletin,
-     {700, 802, "class dump of iOS 7; iOS 8.4's class has only the longer method"}},
+     {700, 800,
+      "class dumps of iOS 7.0 and 7.1; from iOS 8.0 the class has only the longer method"}},
     {"SBLockScreenNotificationListController", Kind::kInstance,
      "observer:addBulletin:forFeed:playLightsAndSirens:withReply:", How::kReplace, nullptr,
      &hook_lockScreen_addBulletinWithReply, &original_lockScreen_addBulletinWithReply,
-     {802, 900, "the observer protocol's method from iOS 8.2; class dump of iOS 8.4"}},
+     {800, 900, "class dumps of iOS 8.0, 8.1, 8.2 and 8.4"}},
     {"SBBulletinObserverViewController", Kind::kInstance, "observer:addBulletin:forFeed:",
      How::kReplace, nullptr, &hook_notificationCenter_addBulletin,
      &original_notificationCenter_addBulletin,
-     {700, 900, "class dumps of iOS 7 and iOS 8.4"}},
+     {700, 900, "class dumps of iOS 7.0, 7.1, 8.0, 8.1, 8.2 and 8.4"}},
     {"SBApplication", Kind::kInstance, "setBadge:", How::kReplace, nullptr, &hook_setBadge,
-     &original_setBadge, {700, 900, "class dumps of iOS 6, iOS 7 and iOS 8.4"}},
+     &original_setBadge,
+     {700, 900, "class dumps of iOS 7.0, 7.1, 8.0, 8.1, 8.2 and 8.4"}},
     {"SBBulletinBannerController", Kind::kInstance, "observer:addBulletin:forFeed:", How::kReplace,
      nullptr, &hook_banner_addBulletin, &original_banner_addBulletin,
-     {700, 802, "theos/headers: NS_DEPRECATED_IOS(7_0, 8_1)"}},
+     {700, 802,
+      "class dumps of iOS 7.0 to 8.1; from iOS 8.2 the class has only the longer method"}},
     {"SBBulletinBannerController", Kind::kInstance,
      "observer:addBulletin:forFeed:playLightsAndSirens:withReply:", How::kReplace, nullptr,
      &hook_banner_addBulletinWithReply, &original_banner_addBulletinWithReply,
-     {802, 900, "theos/headers: NS_AVAILABLE_IOS(8_2); checked up to iOS 8.4"}},
+     {802, 900, "class dumps of iOS 8.2 and 8.4; absent from those of 8.0 and 8.1"}},
     {"SBBulletinBannerController", Kind::kInstance, "addManualBadgeIncrementForBundleIdentifier:",
      How::kAdd, "v@:@", &addManualBadgeIncrementForBundleIdentifier, nullptr, kAdded},
 };

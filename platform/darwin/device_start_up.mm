@@ -8,6 +8,7 @@
 #include "platform/darwin/objc_runtime.h"
 #include "platform/darwin/device_start_up.h"
 #include "platform/darwin/exception_barrier.h"
+#include "platform/darwin/firmware_gaps.h"
 #include "startup/start_up.h"
 
 namespace hushwall::darwin {
@@ -48,6 +49,7 @@ void startUpOnDevice() {
   host::setEnv(&device->env);
   // A start-up that fails part-way leaves what it installed so far; the
   // host starts either way.
+  raisedInside([] { fillFirmwareGaps(); });
   raisedInside([] { HushwallStartUp(); });
   [pool drain];
 }
