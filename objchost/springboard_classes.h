@@ -92,6 +92,10 @@
 
 namespace hushwall::objchost {
 
+// The feed SpringBoard hands with every bulletin here: above 2^31, so that an
+// argument passed with the wrong width or sign arrives as another number.
+inline constexpr std::uint32_t kFeed = 0xFEEDFACEu;
+
 // Hands a bulletin, with kFeed, to a controller through whichever of the
 // observer methods its firmware has (the longer one with sounds on and
 // `reply`); true for the longer one.

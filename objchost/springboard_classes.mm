@@ -148,6 +148,20 @@ const FirmwareProfile& installSpringBoardFirmware(const std::string& version) {
   return profile;
 }
 
+bool deliverTo(id controller, id observer, BBBulletin* bulletin, id reply) {
+  if ([controller respondsToSelector:@selector(observer:addBulletin:forFeed:
+                                                   playLightsAndSirens:withReply:)]) {
+    [controller observer:observer
+                addBulletin:bulletin
+                    forFeed:kFeed
+        playLightsAndSirens:true
+                  withReply:reply];
+    return true;
+  }
+  [controller observer:observer addBulletin:bulletin forFeed:kFeed];
+  return false;
+}
+
 }  // namespace hushwall::objchost
 
 @implementation BBBulletin

@@ -145,17 +145,16 @@ const std::size_t kFirmwareProfileCount = std::size(kFirmwareProfiles);
 const FirmwareProfile& firmwareProfileFor(const std::string& version) {
   static const std::regex kVersion(R"(([0-9]{1,2})\.([0-9]{1,2})(\.[0-9]{1,2})?)");
   std::smatch parts;
-  if (!std::regex_match(version, parts, kVersion)) {
-    throw std::invalid_argument("not a firmware version: \"" + version + "\"");
-  }
-  const int firmware = std::stoi(parts[1]) * 100 + std::stoi(parts[2]);
+  const int firmware = std::regex_match(version, parts, kVersion)
+                           ? std::stoi(parts[1]) * 100 + std::stoi(parts[2])
+                           : 0;
   if (std::find(std::begin(kReleased), std::end(kReleased), firmware) != std::end(kReleased)) {
     for (const FirmwareProfile& profile : kFirmwareProfiles) {
       if (profile.since <= firmware && firmware < profile.before) return profile;
     }
   }
-  throw std::invalid_argument("no SpringBoard of firmware " + version +
-                              ": the package claims iOS 7.0 to 8.4");
+  throw std::invalid_argument("firmware '" + version +
+                              "' is not one the package runs on (7.0 to 8.4)");
 }
 
 std::string arm64Encoding(const FirmwareMethod& method, const ClassDump& dump) {

@@ -166,7 +166,11 @@ Value AppSteps::applicationFor(const std::string& bundleId) {
 void AppSteps::badge(const json& step) {
   const std::string bundleId = step.at("bundleId").get<std::string>();
   Value app = applicationFor(bundleId);
-  app_.send(app, "setBadge:", {valueFromJson(step.at("value"))});
+  const json& value = step.at("value");
+  app_.send(app, "setBadge:",
+            {value.is_object() ? Value::string(host::T(value.at("subclassText").get<std::string>()),
+                                               Value::StringClass::kSubclass)
+                               : valueFromJson(value)});
   observer_.report({{"event", "badgeRequest"}, {"bundleId", bundleId}, {"requested", step.at("value")},
                     {"shows", jsonFromValue(app_.send(app, "badgeNumberOrString"))}});
 }

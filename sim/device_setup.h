@@ -15,9 +15,9 @@ namespace hushwall::sim {
 // database in the settings bundle; writes the settings
 // file, the address book and the messenger's message database when the
 // scenario has them; and, when it has blacklist rows, makes the data
-// directory's database from the template for the settings bundle's logic to
-// add them to. Without rows the data directory is left for SpringBoard to
-// seed. Throws std::runtime_error.
+// directory's database from the template with those rows stored as written.
+// Without rows the data directory is left for SpringBoard to seed. Throws
+// std::runtime_error.
 void prepareDevice(const std::string& root, const Scenario& scenario,
                    const std::string& templateDatabase);
 

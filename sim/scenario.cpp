@@ -5,7 +5,6 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <set>
 
 #include "companion/phone_number_rule.h"
 #include "platform/linux/dbus_signal_name.h"
@@ -214,7 +213,7 @@ const std::map<std::string, Fields>& stepFields() {
       {"background", {}},
       {"terminate", {}},
       {"bulletin", {{"to", kString, true}, {"bulletin", kObject, true}}},
-      {"badge", {{"bundleId", kString, true}, {"value", kNumber | kString | kNull, true}}},
+      {"badge", {{"bundleId", kString, true}, {"value", kNumber | kString | kNull | kObject, true}}},
       {"settings", {{"values", kObject, true}}},
       {"blacklistAdd", {{"phoneNumber", kString, true}, {"name", kString}}},
       {"blacklistRemove", {{"phoneNumber", kString, true}}},
@@ -259,6 +258,10 @@ Step parseStep(const json& given, int number) {
   if (step.kind == "bulletin") {
     checkOneOf(given["to"], {"banner", "lockscreen", "notificationCenter"}, named, "to");
     checkObject(given["bulletin"], kBulletin, named + ": bulletin");
+  }
+  // A text of a subclass of the base string class: {"subclassText": "7"}.
+  if (step.kind == "badge" && given["value"].is_object()) {
+    checkObject(given["value"], {{"subclassText", kString, true}}, named + ": value");
   }
   if (step.kind == "restart") checkOneOf(given["process"], {"springboard", "whatsapp"}, named, "process");
   if (step.kind == "settings") checkPlistValue(given["values"], named + ": values");
@@ -315,17 +318,12 @@ Scenario parseScenario(const json& document) {
       checkNoNulIn(document["blacklist"][i], {"name", "phoneNumber"},
                    "scenario: blacklist entry " + std::to_string(i + 1));
     }
-    // The entries are added as the settings bundle adds them, which refuses
-    // a malformed or already listed number: refused here instead, before
-    // anything is made, rather than half way through laying out the device.
-    std::set<std::string> listed;
-    for (std::size_t i = 0; i < document["blacklist"].size(); ++i) {
-      const json& row = document["blacklist"][i];
-      const std::string where = "scenario: blacklist entry " + std::to_string(i + 1);
-      const std::string number = row["phoneNumber"].get<std::string>();
-      if (auto problem = companion::phoneNumberProblem(number)) fail(where, *problem);
-      if (!listed.insert(number).second) fail(where, "'" + number + "' is listed twice");
-      scenario.blacklist.push_back({row.value("name", ""), number});
+    // The rows are stored as written, not added through the settings
+    // bundle's rules: the table may hold what the chat-list action or another
+    // program put there (an empty entry, a word, a number twice), and the
+    // library must cope with that.
+    for (const json& row : document["blacklist"]) {
+      scenario.blacklist.push_back({row.value("name", ""), row["phoneNumber"].get<std::string>()});
     }
   }
   if (document.contains("contacts")) {

@@ -1,5 +1,7 @@
 // hushwall-sim end to end: real app processes with the library loaded, a
-// real bus and a real database, driven by scenarios written here.
+// real bus and a real database, driven by the scenario files of
+// sim/scenarios/ (which objchost/both_devices_test.cpp also plays on the
+// Objective-C device).
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -14,34 +16,13 @@ namespace {
 using nlohmann::json;
 
 const std::string kSpammer = "4917012345";
-const std::string kSpammerJid = kSpammer + "@s.whatsapp.net";
 const std::string kCarol = "4930555002";
-const std::string kCarolJid = kCarol + "@s.whatsapp.net";
 const std::string kBobJid = "4930555001@s.whatsapp.net";
-const std::string kMessenger = "net.whatsapp.WhatsApp";
 const std::string kPrefix = "com.Corvanta.HushwallSettings.";
 constexpr double kT = 1400000000;
 
-json settings(std::initializer_list<const char*> on) {
-  json values = json::object();
-  for (const char* key : on) values[key] = true;
-  return values;
-}
-
-json text(const std::string& id, const std::string& from, const std::string& words, double at) {
-  return {{"id", id}, {"fromJID", from}, {"text", words}, {"nickname", "N-" + id}, {"timestamp", at}};
-}
-
-json localBulletin(const std::string& to, const std::string& message, const std::string& jid) {
-  return {{"do", "bulletin"}, {"to", to},
-          {"bulletin", {{"sectionID", kMessenger}, {"message", message},
-                        {"context", {{"notificationType", "AppNotificationLocal"},
-                                     {"userInfo", {{"jid", jid}}}}}}}};
-}
-
-json at(double when, json step) {
-  step["at"] = when;
-  return step;
+SimResult play(const SimRun& sim, const std::string& scenario) {
+  return sim.playFile(std::string(HUSHWALL_SCENARIOS_DIR) + "/" + scenario + ".json");
 }
 
 std::string slurp(const std::string& path) {
@@ -51,20 +32,7 @@ std::string slurp(const std::string& path) {
 
 TEST(HushwallSim, PlaysTheWalkThroughOfABlockedMessageAcrossBothProcesses) {
   SimRun sim;
-  json scenario = {
-      {"settings", settings({"Enabled", "SaveHistory", "ShowStatusbarIcon", "Vibrate"})},
-      {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", kSpammer}}}},
-      {"steps",
-       {{{"do", "incoming"}, {"at", kT},
-         {"stanzas",
-          {text("m1", kSpammerJid, "Buy now", kT), text("m2", kBobJid, "Lunch?", kT + 1),
-           {{"id", "m3"}, {"fromJID", kSpammerJid}, {"text", "pic"}, {"nickname", "S"},
-            {"timestamp", kT + 2}, {"hasMedia", true}, {"mediaType", 1}, {"mediaURL", "https://m/1"},
-            {"media", "AAEC/w=="}}}}},
-        // Should SpringBoard still be handed a bulletin for the sender, the
-        // banner drops it and records it.
-        at(kT + 10, localBulletin("banner", "Spammer: hello again", kSpammerJid))}}};
-  SimResult result = sim.play(scenario);
+  SimResult result = play(sim, "walk-through");
   ASSERT_EQ(result.exitCode, 0) << result.errors;
   const json& state = result.state;
 
@@ -98,19 +66,11 @@ TEST(HushwallSim, PlaysTheWalkThroughOfABlockedMessageAcrossBothProcesses) {
 
 TEST(HushwallSim, ASenderAddressThatClimbsOutOfTheDataDirectoryLosesOnlyItsPicture) {
   SimRun sim;
-  // From the data directory, nine levels up is above the device root, in the
-  // test's own folder.
-  const std::string climbing = "../../../../../../../../../escape/4917";
-  json stanza = {{"id", "m1"}, {"fromJID", climbing + "@s.whatsapp.net"}, {"text", "pic"},
-                 {"timestamp", kT}, {"hasMedia", true}, {"mediaType", 1}, {"media", "AAEC"}};
-  json scenario = {{"settings", settings({"Enabled", "SaveHistory"})},
-                   {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", "4917"}}}},
-                   {"steps", {{{"do", "incoming"}, {"at", kT}, {"stanzas", {stanza}}}}}};
-  SimResult result = sim.play(scenario);
+  SimResult result = play(sim, "climbing-address");
   ASSERT_EQ(result.exitCode, 0) << result.errors;
   EXPECT_EQ(result.state["whatsapp"]["receipts"], json::array({json::array({"m1"})})) << "still blocked";
   ASSERT_EQ(result.state["database"]["History"].size(), 1u) << "the history row is written all the same";
-  EXPECT_EQ(result.state["database"]["History"][0]["phoneNumber"], climbing);
+  EXPECT_EQ(result.state["database"]["History"][0]["phoneNumber"], "../../../../../../../../../escape/4917");
   EXPECT_EQ(result.state["files"], json::array());
   EXPECT_FALSE(std::filesystem::exists(sim.file("escape")));
   EXPECT_FALSE(std::filesystem::exists(sim.deviceRoot() + "/escape"));
@@ -119,16 +79,7 @@ TEST(HushwallSim, ASenderAddressThatClimbsOutOfTheDataDirectoryLosesOnlyItsPictu
 
 TEST(HushwallSim, ABlacklistChangeMadeInWhatsAppReachesSpringBoard) {
   SimRun sim;
-  json scenario = {
-      {"settings", settings({"Enabled", "ActionButton"})},
-      {"steps",
-       {localBulletin("banner", "Carol: one", kCarolJid),
-        {{"do", "chatOptions"}, {"cell", {{"jid", kCarolJid}, {"name", "Carol"}}}},
-        {{"do", "actionSheet"}, {"title", "Carol"}},
-        {{"do", "tap"}, {"button", "Add to Blacklist"}},
-        {{"do", "answer"}, {"index", 1}},
-        localBulletin("banner", "Carol: two", kCarolJid)}}};
-  SimResult result = sim.play(scenario);
+  SimResult result = play(sim, "chat-list-action");
   ASSERT_EQ(result.exitCode, 0) << result.errors;
   const json& state = result.state;
 
@@ -152,18 +103,7 @@ TEST(HushwallSim, ABlacklistChangeMadeInWhatsAppReachesSpringBoard) {
 // reach both running apps through the announcement alone.
 TEST(HushwallSim, TheSettingsBundlesBlacklistChangesReachBothRunningApps) {
   SimRun sim;
-  json scenario = {
-      {"settings", settings({"Enabled"})},
-      {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", kSpammer}}}},
-      {"steps",
-       {{{"do", "incoming"}, {"at", kT}, {"stanzas", {text("c1", kCarolJid, "one", kT)}}},
-        {{"do", "blacklistAdd"}, {"phoneNumber", kCarol}, {"name", "Carol"}},
-        {{"do", "incoming"}, {"at", kT + 1}, {"stanzas", {text("c2", kCarolJid, "two", kT + 1)}}},
-        localBulletin("banner", "Carol: two", kCarolJid),
-        {{"do", "blacklistRemove"}, {"phoneNumber", kSpammer}},
-        {{"do", "incoming"}, {"at", kT + 2}, {"stanzas", {text("s1", kSpammerJid, "buy", kT + 2)}}},
-        localBulletin("banner", "Spammer: buy", kSpammerJid)}}};
-  SimResult result = sim.play(scenario);
+  SimResult result = play(sim, "companion-blacklist");
   ASSERT_EQ(result.exitCode, 0) << result.errors << result.output;
   const json& state = result.state;
   EXPECT_EQ(state["whatsapp"]["delivered"], json::array({json::array({"c1"}), json::array({"s1"})}));
@@ -182,19 +122,7 @@ TEST(HushwallSim, TheSettingsBundlesBlacklistChangesReachBothRunningApps) {
 
 TEST(HushwallSim, SpringBoardSeedsTheDatabaseAndRestartedAppsReadItAfresh) {
   SimRun sim;
-  json scenario = {
-      {"settings", settings({"Enabled", "ShowStatusbarIcon"})},
-      {"chatStorage", {{{"ZTOJID", kSpammerJid}, {"ZFROMJID", nullptr}},
-                       {{"ZTOJID", nullptr}, {"ZFROMJID", kBobJid}}}},
-      {"steps",
-       {// Only a seeded database has a Blacklist table to write to.
-        {{"do", "blacklistAdd"}, {"phoneNumber", kSpammer}, {"name", "Spammer"}},
-        {{"do", "terminate"}},
-        // WhatsApp is not running: this announcement is lost for it.
-        {{"do", "blacklistAdd"}, {"phoneNumber", "4930555001"}, {"name", "Bob"}},
-        {{"do", "incoming"}, {"at", kT}, {"stanzas", {text("b1", kBobJid, "hi", kT)}}},
-        {{"do", "restart"}, {"process", "springboard"}}}}};
-  SimResult result = sim.play(scenario);
+  SimResult result = play(sim, "restarts");
   ASSERT_EQ(result.exitCode, 0) << result.errors << result.output;
   const json& state = result.state;
 
@@ -214,14 +142,15 @@ TEST(HushwallSim, SpringBoardSeedsTheDatabaseAndRestartedAppsReadItAfresh) {
   EXPECT_NE(shown, std::string::npos) << "the icon was shown before SpringBoard restarted\n" << out;
 }
 
+// The blacklist is stored as written: rows the settings bundle would refuse
+// are rows a phone's table may hold all the same.
 TEST(HushwallSim, AProcessKilledByTheRangeFailureIsReportedAndRestarted) {
   SimRun sim;
-  json scenario = {
-      {"settings", settings({"Enabled"})},
-      {"blacklist", {{{"name", "Spammer"}, {"phoneNumber", kSpammer}}}},
-      {"steps",
-       {localBulletin("banner", "Alice:", kSpammerJid), localBulletin("banner", "Bob: hi", kBobJid)}}};
-  SimResult result = sim.play(scenario);
+  SimResult result = play(sim, "range-failure");
+  const json blacklist = {{{"name", "Spammer"}, {"phoneNumber", kSpammer}},
+                          {{"name", "empty"}, {"phoneNumber", ""}},
+                          {{"name", "quote"}, {"phoneNumber", "12'3"}},
+                          {{"name", "again"}, {"phoneNumber", kSpammer}}};
   ASSERT_EQ(result.exitCode, 0) << result.errors;
   EXPECT_EQ(result.state["crashes"],
             json::array({{{"process", "springboard"}, {"step", 1}, {"kind", "bulletin"}}}));
@@ -229,6 +158,11 @@ TEST(HushwallSim, AProcessKilledByTheRangeFailureIsReportedAndRestarted) {
   ASSERT_EQ(banners.size(), 1u) << "the restarted SpringBoard goes on with the next step";
   EXPECT_EQ(banners[0]["message"], "Bob: hi");
   EXPECT_EQ(result.state["springboard"]["flags"]["Enabled"], true);
+  for (std::size_t i = 0; i < blacklist.size(); ++i) {
+    json row = blacklist[i];
+    row["id"] = i + 1;
+    EXPECT_EQ(result.state["database"]["Blacklist"][i], row);
+  }
   EXPECT_NE(result.output.find("RangeException"), std::string::npos) << result.output;
   EXPECT_NE(result.output.find("springboard restarted by the device"), std::string::npos);
 }

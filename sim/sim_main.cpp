@@ -3,7 +3,8 @@
 // library at start and share only the device's files and notifications.
 //
 //   hushwall-sim run SCENARIO.json [--state STATE.json] [--root DIR] [--reply-limit S]
-//   hushwall-sim demo [--state STATE.json] [--root DIR] [--reply-limit S]
+//                    [--device simulated|objc] [--firmware VERSION]
+//   hushwall-sim demo [the same options]
 //
 // It prints a transcript of what each process saw and did, then writes the
 // final state as JSON to STATE.json (or prints it). Without --root the
@@ -11,6 +12,11 @@
 // DIR (new or empty) keeps the device for a look afterwards. An app may take
 // as long as it keeps working on a step; one that does no work for S seconds
 // (30 by default) is given up on.
+//
+// --device objc plays the same device with the phone's code in it: each app
+// is an Objective-C stand-in of WhatsApp or SpringBoard under GNUstep with
+// the device adapter injected (objchost/objc_device_app.mm), SpringBoard's
+// of the firmware --firmware names (7.0 to 8.4; the newest by default).
 //
 // Exit status: 0 played; 1 the device could not play it (a step that cannot
 // be done, a process that would not start or answer), after writing the
@@ -26,6 +32,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "objchost/springboard_firmware.h"
 #include "sim/child_cleanup.h"
 #include "sim/scenario.h"
 #include "sim/simulation.h"
@@ -37,6 +44,9 @@ namespace hushwall::sim {
 namespace {
 
 namespace fs = std::filesystem;
+
+// The Objective-C device's firmware when --firmware names none.
+constexpr char kNewestFirmware[] = "8.4";
 
 // The device root: given (new or empty, kept) or temporary (removed).
 class DeviceRoot {
@@ -73,11 +83,31 @@ std::string companionFile(const std::string& name, const std::string& built) {
   return !ec && fs::exists(beside) ? beside.string() : built;
 }
 
+// The programs and library of the device asked for.
+SimulationPaths devicePaths(const std::string& device, const std::string& firmware) {
+  const std::string templateDatabase = companionFile("HSWL.db", HUSHWALL_TEMPLATE_DB);
+  if (device == "simulated") {
+    if (!firmware.empty()) throw std::invalid_argument("--firmware is for --device objc");
+    const std::string app = companionFile("hushwall-app", HUSHWALL_APP_PATH);
+    return {app, app, HUSHWALL_LIBRARY_PATH, templateDatabase, {}};
+  }
+  const std::string version = firmware.empty() ? kNewestFirmware : firmware;
+  objchost::firmwareProfileFor(version);  // refuses a version outside the package's range
+#ifdef HUSHWALL_DEVICE_LIBRARY_PATH
+  return {HUSHWALL_OBJC_WHATSAPP_PATH, HUSHWALL_OBJC_SPRINGBOARD_PATH, HUSHWALL_DEVICE_LIBRARY_PATH,
+          templateDatabase, {"--firmware", version}};
+#else
+  throw std::invalid_argument("this hushwall-sim was built without the Objective-C device (GNUstep)");
+#endif
+}
+
 int play(const std::string& scenarioPath, const std::string& statePath, const std::string& rootPath,
-         double replyLimitSeconds) {
+         double replyLimitSeconds, const std::string& device, const std::string& firmware) {
   Scenario scenario;
   std::optional<DeviceRoot> root;
+  SimulationPaths paths;
   try {
+    paths = devicePaths(device, firmware);
     scenario = loadScenario(scenarioPath);
     root.emplace(rootPath);
   } catch (const ScenarioError& e) {
@@ -92,10 +122,10 @@ int play(const std::string& scenarioPath, const std::string& statePath, const st
   }
   try {
     Transcript transcript(std::cout);
-    transcript.heading("Hushwall on a simulated device: " + scenarioPath);
+    const std::string objc = " (the phone's adapter in Objective-C apps, firmware " +
+                             (firmware.empty() ? std::string(kNewestFirmware) : firmware) + ")";
+    transcript.heading("Hushwall on a simulated device" + (device == "objc" ? objc : "") + ": " + scenarioPath);
     transcript.heading("Device root: " + root->path() + (root->temporary() ? " (removed at the end)" : ""));
-    const SimulationPaths paths{companionFile("hushwall-app", HUSHWALL_APP_PATH), HUSHWALL_LIBRARY_PATH,
-                                companionFile("HSWL.db", HUSHWALL_TEMPLATE_DB)};
     const RunOutcome outcome = runScenario(scenario, root->path(), paths,
                                            static_cast<int>(replyLimitSeconds * 1000), transcript);
     const std::string title = outcome.failure ? "State when the run stopped" : "Final state";
@@ -126,7 +156,7 @@ int play(const std::string& scenarioPath, const std::string& statePath, const st
 int main(int argc, char** argv) {
   CLI::App cli{"hushwall-sim: Hushwall on a simulated device with WhatsApp and SpringBoard"};
   cli.require_subcommand(1);
-  std::string scenario, state, root;
+  std::string scenario, state, root, device = "simulated", firmware;
   double replyLimit = hushwall::sim::kDefaultReplyIdleMs / 1000.0;
   CLI::App* run = cli.add_subcommand("run", "Play a scenario file");
   run->add_option("SCENARIO", scenario, "the scenario (JSON)")->required();
@@ -137,6 +167,9 @@ int main(int argc, char** argv) {
     command->add_option("--reply-limit", replyLimit,
                         "give up on an app that does no work for this many seconds (default 30)")
         ->check(CLI::Range(0.1, 86400.0));
+    command->add_option("--device", device, "simulated (hushwall-app) or objc (the phone's adapter)")
+        ->check(CLI::IsMember({"simulated", "objc"}));
+    command->add_option("--firmware", firmware, "with --device objc: the firmware, 7.0 to 8.4");
   }
   try {
     // The scenario's and the state file's names end up in the transcript and
@@ -149,5 +182,5 @@ int main(int argc, char** argv) {
   CLI11_PARSE(cli, argc, argv);
   hushwall::sim::installChildCleanup();
   return hushwall::sim::play(demo->parsed() ? HUSHWALL_DEMO_SCENARIO : scenario, state, root,
-                             replyLimit);
+                             replyLimit, device, firmware);
 }

@@ -28,7 +28,9 @@ SimResult SimRun::play(const nlohmann::json& scenario) const {
   return finish(start(scenario));
 }
 
-SimResult SimRun::playFile(const std::string& path) const { return finish(startFile(path, {})); }
+SimResult SimRun::playFile(const std::string& path, const std::vector<std::string>& options) const {
+  return finish(startFile(path, options));
+}
 
 pid_t SimRun::start(const nlohmann::json& scenario, const std::vector<std::string>& options) const {
   std::ofstream(file("scenario.json")) << scenario.dump(2);

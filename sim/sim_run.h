@@ -30,8 +30,9 @@ class SimRun {
   std::string deviceRoot() const { return work_.path() + "/" + rootName_; }
   // Writes `scenario` to a file and plays it.
   SimResult play(const nlohmann::json& scenario) const;
-  // Plays a scenario file as it is (which may be missing or broken).
-  SimResult playFile(const std::string& path) const;
+  // Plays a scenario file as it is (which may be missing or broken), with
+  // `options` added to hushwall-sim's command line.
+  SimResult playFile(const std::string& path, const std::vector<std::string>& options = {}) const;
   std::string file(const std::string& name) const { return work_.path() + "/" + name; }
 
   // Writes `scenario` to a file and starts hushwall-sim on it with `options`

@@ -72,12 +72,6 @@ class Simulation {
     transcript_.say("bus", "dbus-daemon listening (pid " + std::to_string(bus_->bus.pid()) + ")");
     companion_ = std::make_unique<linux_platform::DBusNotifyCenter>(bus_->bus.address());
     posters_[companion_->uniqueName()] = "companion";
-    // The scenario's blacklist, written as the settings bundle writes it,
-    // before anything listens: the apps read it in full when they start.
-    for (const BlacklistEntry& entry : scenario_.blacklist) {
-      blacklist().add(entry.phoneNumber, entry.name);
-    }
-    companion_->roundTripToBus();
     recorder_ = std::make_unique<NotificationRecorder>(bus_->bus.address());
     for (const char* app : kApps) start(app);
     settle(nullptr);
@@ -113,7 +107,9 @@ class Simulation {
   }
 
   void start(const std::string& app) {
-    std::vector<std::string> argv = {paths_.app, "--root", root_, "--app", app, "--library", paths_.library};
+    std::vector<std::string> argv = {app == "whatsapp" ? paths_.whatsApp : paths_.springBoard, "--root",
+                                     root_, "--app", app, "--library", paths_.library};
+    argv.insert(argv.end(), paths_.appOptions.begin(), paths_.appOptions.end());
     if (app == "whatsapp") {
       for (const std::string& chat : chats_) argv.insert(argv.end(), {"--chat", chat});
     }

@@ -10,6 +10,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "sim/scenario.h"
 #include "sim/transcript.h"
@@ -17,9 +18,10 @@
 namespace hushwall::sim {
 
 struct SimulationPaths {
-  std::string app;               // hushwall-app
-  std::string library;           // libHushwall.so
-  std::string templateDatabase;  // the settings bundle's HSWL.db
+  std::string whatsApp, springBoard;  // each app's program: hushwall-app, or an Objective-C app
+  std::string library;                // libHushwall.so, or the device adapter
+  std::string templateDatabase;       // the settings bundle's HSWL.db
+  std::vector<std::string> appOptions;  // added to each app's command line
 };
 
 // A step the device could not play as written (no alert on screen, no such

@@ -13,12 +13,14 @@
 // command line (unknown key, bad value, malformed or already listed number,
 // bad notification name, text that is not UTF-8, a root that is not a
 // device, a root too long for the bus socket, an unconfirmed deletion without
-// a terminal to ask on), where nothing is changed; 3 the device's bus is not
-// running.
+// a terminal to ask on), where nothing is changed; 3 a running bus refused the
+// post, or there is no bus for `post`, `icon hide` and `watch`, whose only
+// effect is on the bus.
 //
-// A change is written before it is announced. When the bus is not running
-// the change stays and the status is 3: nothing is lost, since every process
-// of the device reads the settings and the blacklist in full when it starts.
+// A change is written before it is announced. A change to a device whose bus
+// is not running is not an error: no process runs without the bus, so none
+// can miss the notification, and each reads the settings and the blacklist in
+// full when it starts. The change stays, stderr says so, and the status is 0.
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -59,7 +61,7 @@ namespace {
 namespace fs = std::filesystem;
 using linux_platform::DBusNotifyCenter;
 
-class BusNotRunning : public std::runtime_error {
+class BusUnavailable : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
@@ -88,11 +90,12 @@ class Device {
   std::unique_ptr<DBusNotifyCenter> connect() const {
     std::string notRunning = "the device's bus is not running at " +
                              linux_platform::deviceBusSocketPath(root_) + ": start the device first";
-    if (!linux_platform::deviceBusIsRunning(root_)) throw BusNotRunning(notRunning);
+    if (!linux_platform::deviceBusIsRunning(root_)) throw BusUnavailable(notRunning);
     try {
       return std::make_unique<DBusNotifyCenter>(linux_platform::deviceBusAddress(root_));
     } catch (const sdbus::Error& e) {
-      throw BusNotRunning(notRunning + " (" + e.getMessage() + ")");
+      throw BusUnavailable("the device's bus at " + linux_platform::deviceBusSocketPath(root_) +
+                           " refused the connection (" + e.getMessage() + ")");
     }
   }
 
@@ -108,10 +111,16 @@ class Device {
 
 // Tells the device's processes about a change that is already on disk.
 void announce(const Device& device, const std::string& name) {
+  if (!linux_platform::deviceBusIsRunning(device.root())) {
+    std::cerr << "hushwallctl: " << name << " not posted: no process was running (the device's bus "
+              << "is not running at " << linux_platform::deviceBusSocketPath(device.root())
+              << "); the change is saved and each process reads it when it starts\n";
+    return;
+  }
   try {
     device.post(name);
-  } catch (const BusNotRunning& e) {
-    throw BusNotRunning(name + " not posted: " + e.what() +
+  } catch (const std::exception& e) {
+    throw BusUnavailable(name + " not posted: " + e.what() +
                         " (the change is saved; the device's processes read it when they start)");
   }
   std::cout << "posted " << name << "\n";
@@ -409,7 +418,7 @@ int main(int argc, char** argv) {
   } catch (const std::invalid_argument& e) {
     std::cerr << "hushwallctl: " << e.what() << "\n";
     return 2;
-  } catch (const BusNotRunning& e) {
+  } catch (const BusUnavailable& e) {
     std::cerr << "hushwallctl: " << e.what() << "\n";
     return 3;
   } catch (const std::exception& e) {
