@@ -32,6 +32,7 @@
 #include "sim/transcript.h"
 #include "tools/command_line_checks.h"
 #include "tools/device_root.h"
+#include "platform/linux/sqlite_no_links.h"
 
 namespace hushwall::sim {
 namespace {
@@ -125,6 +126,8 @@ int play(const std::string& scenarioPath, const std::string& statePath, const st
 
 int main(int argc, char** argv) {
   CLI::App cli{"hushwall-sim: Hushwall on a simulated device with WhatsApp and SpringBoard"};
+  // No database of the device is opened through a link planted in it.
+  hushwall::linux_platform::refuseLinkedDatabases();
   cli.require_subcommand(1);
   std::string scenario, state, root;
   double replyLimit = hushwall::sim::kDefaultReplyIdleMs / 1000.0;
