@@ -51,7 +51,7 @@ bool deviceBusIsRunning(const std::string& deviceRootNativePath) {
   std::string name;
   Fd folder = root.openParent(socket, &name);
   struct stat st {};
-  if (!folder && errno != ENOENT) throw DeviceFileError(root.failure("cannot reach", socket, errno), errno);
+  if (!folder && errno != ENOENT) root.failed("cannot reach", socket);
   if (!folder || ::fstatat(folder.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) return false;
   if (S_ISLNK(st.st_mode)) throw DeviceFileError(root.failure("cannot reach", socket, ELOOP), ELOOP);
   if (!S_ISSOCK(st.st_mode)) return false;

@@ -17,6 +17,18 @@ namespace {
 
 std::atomic<bool> noOpenat2{false};
 
+// openat with O_NOFOLLOW, failing with ELOOP for a link as openat2 does
+// (with O_DIRECTORY the kernel says ENOTDIR for one instead).
+int openNoFollow(int dir, const std::string& name, int flags, mode_t mode) {
+  int fd = ::openat(dir, name.c_str(), flags | O_NOFOLLOW, mode);
+  struct stat st {};
+  if (fd < 0 && errno == ENOTDIR) {
+    bool link = ::fstatat(dir, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(st.st_mode);
+    errno = link ? ELOOP : ENOTDIR;
+  }
+  return fd;
+}
+
 // One component at a time, none of them a link: what openat2 does in one
 // call, for kernels without it.
 int openByComponents(int rootFd, const std::string& relative, int flags, mode_t mode) {
@@ -26,11 +38,9 @@ int openByComponents(int rootFd, const std::string& relative, int flags, mode_t 
   for (;;) {
     std::size_t slash = rest.find('/');
     std::string component(rest.substr(0, slash));
-    if (slash == std::string_view::npos) {
-      return ::openat(dir.get(), component.c_str(), flags | O_NOFOLLOW, mode);
-    }
+    if (slash == std::string_view::npos) return openNoFollow(dir.get(), component, flags, mode);
     rest.remove_prefix(slash + 1);
-    Fd next(::openat(dir.get(), component.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    Fd next(openNoFollow(dir.get(), component, O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
     if (!next) return -1;
     dir = std::move(next);
   }
@@ -130,7 +140,10 @@ std::string readRegularFileAt(int dirfd, const std::string& path, std::size_t ma
 
 std::string readRegularFile(int fd, const std::string& path, std::size_t maxBytes) {
   struct stat st {};
-  if (::fstat(fd, &st) != 0) throw DeviceFileError(path + ": " + std::strerror(errno), errno);
+  if (::fstat(fd, &st) != 0) {
+    int error = errno;
+    throw DeviceFileError(path + ": " + std::strerror(error), error);
+  }
   if (!S_ISREG(st.st_mode)) {
     const char* kind = S_ISDIR(st.st_mode)    ? "a directory"
                        : S_ISFIFO(st.st_mode) ? "a FIFO"
@@ -153,7 +166,10 @@ std::string readRegularFile(int fd, const std::string& path, std::size_t maxByte
     }
     ssize_t n = ::read(fd, bytes.data() + done, bytes.size() - done);
     if (n < 0 && errno == EINTR) continue;
-    if (n < 0) throw DeviceFileError("cannot read " + path + ": " + std::strerror(errno), errno);
+    if (n < 0) {
+      int error = errno;
+      throw DeviceFileError("cannot read " + path + ": " + std::strerror(error), error);
+    }
     if (n == 0) break;
     done += static_cast<std::size_t>(n);
   }
@@ -172,6 +188,8 @@ DeviceRoot::DeviceRoot(const std::string& nativeRoot) {
   std::free(real);
   while (path_.size() > 1 && path_.back() == '/') path_.pop_back();
 }
+
+void DeviceRoot::useOpenat2(bool use) { noOpenat2.store(!use); }
 
 std::string DeviceRoot::relative(std::string_view path) {
   std::string resolved;
@@ -220,10 +238,15 @@ std::string DeviceRoot::failure(const std::string& what, std::string_view device
   return what + " " + joined(devicePath) + ": " + reason;
 }
 
+void DeviceRoot::failed(const std::string& what, std::string_view devicePath) const {
+  const int error = errno;  // before anything else may change it
+  throw DeviceFileError(failure(what, devicePath, error), error);
+}
+
 std::string DeviceRoot::fileForSqlite(std::string_view devicePath) const {
   std::string name;
   Fd dir = openParent(devicePath, &name);
-  if (!dir) throw DeviceFileError(failure("cannot open", devicePath, errno), errno);
+  if (!dir) failed("cannot open", devicePath);
   struct stat st {};
   if (::fstatat(dir.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(st.st_mode)) {
     throw DeviceFileError(failure("cannot open", devicePath, ELOOP), ELOOP);
@@ -241,19 +264,19 @@ void DeviceRoot::makeDirectories(std::string_view devicePath) const {
     std::string name;
     Fd parent = openParent(done, &name);
     if (!parent || (::mkdirat(parent.get(), name.c_str(), 0755) != 0 && errno != EEXIST)) {
-      throw DeviceFileError(failure("cannot make the folder", done, errno), errno);
+      failed("cannot make the folder", done);
     }
   }
   // Whatever was there already must be a folder reached without a link.
   if (!open(rel, O_RDONLY | O_DIRECTORY)) {
-    throw DeviceFileError(failure("cannot make the folder", devicePath, errno), errno);
+    failed("cannot make the folder", devicePath);
   }
 }
 
 std::string DeviceRoot::readRegularFile(std::string_view devicePath, std::size_t maxBytes) const {
   std::string name;
   Fd dir = openParent(devicePath, &name);
-  if (!dir) throw DeviceFileError(failure("cannot open", devicePath, errno), errno);
+  if (!dir) failed("cannot open", devicePath);
   try {
     return readRegularFileAt(dir.get(), name, maxBytes, O_NOFOLLOW);
   } catch (const DeviceFileError& e) {
@@ -267,7 +290,7 @@ std::string DeviceRoot::readRegularFile(std::string_view devicePath, std::size_t
 void DeviceRoot::writeAtomically(std::string_view devicePath, std::string_view bytes) const {
   std::string name;
   Fd dir = openParent(devicePath, &name);
-  if (!dir) throw DeviceFileError(failure("cannot write", devicePath, errno), errno);
+  if (!dir) failed("cannot write", devicePath);
   struct stat st {};
   if (::fstatat(dir.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(st.st_mode)) {
     throw DeviceFileError(failure("cannot write", devicePath, ELOOP), ELOOP);
@@ -280,7 +303,7 @@ void DeviceRoot::writeAtomically(std::string_view devicePath, std::string_view b
                        0644));
     if (!file && errno != EEXIST) break;
   }
-  if (!file) throw DeviceFileError(failure("cannot create a temporary file for", devicePath, errno), errno);
+  if (!file) failed("cannot create a temporary file for", devicePath);
   int error = 0;
   // Other processes (the messenger, SpringBoard) read these files, whatever
   // the umask of the one that writes them.
@@ -299,7 +322,7 @@ bool DeviceRoot::createExclusive(std::string_view devicePath, std::string_view b
   Fd file = open(devicePath, O_WRONLY | O_CREAT | O_EXCL, 0644);
   if (!file && errno == EEXIST) return false;
   if (!file || !writeAll(file.get(), bytes)) {
-    throw DeviceFileError(failure("cannot write", devicePath, errno), errno);
+    failed("cannot write", devicePath);
   }
   return true;
 }
@@ -309,12 +332,12 @@ bool DeviceRoot::removeAll(std::string_view devicePath) const {
   Fd dir = openParent(devicePath, &name);
   if (!dir) {
     if (errno == ENOENT) return false;
-    throw DeviceFileError(failure("cannot remove", devicePath, errno), errno);
+    failed("cannot remove", devicePath);
   }
   struct stat st {};
   if (::fstatat(dir.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
     if (errno == ENOENT) return false;
-    throw DeviceFileError(failure("cannot remove", devicePath, errno), errno);
+    failed("cannot remove", devicePath);
   }
   bool ok = true;
   if (S_ISDIR(st.st_mode)) {
@@ -322,7 +345,7 @@ bool DeviceRoot::removeAll(std::string_view devicePath) const {
     ok = inner && removeEntriesOf(inner.get());
   }
   if (!ok || ::unlinkat(dir.get(), name.c_str(), S_ISDIR(st.st_mode) ? AT_REMOVEDIR : 0) != 0) {
-    throw DeviceFileError(failure("cannot remove", devicePath, errno), errno);
+    failed("cannot remove", devicePath);
   }
   return true;
 }
@@ -330,7 +353,7 @@ bool DeviceRoot::removeAll(std::string_view devicePath) const {
 std::vector<std::string> DeviceRoot::list(std::string_view devicePath) const {
   Fd dir = open(devicePath, O_RDONLY | O_DIRECTORY);
   DIR* stream = dir ? ::fdopendir(dir.get()) : nullptr;
-  if (stream == nullptr) throw DeviceFileError(failure("cannot list", devicePath, errno), errno);
+  if (stream == nullptr) failed("cannot list", devicePath);
   dir.release();
   std::vector<std::string> names;
   errno = 0;

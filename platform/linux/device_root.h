@@ -133,6 +133,12 @@ class DeviceRoot {
   // What went wrong with `devicePath`, for a message.
   std::string failure(const std::string& what, std::string_view devicePath, int error) const;
 
+  // Resolves as on a kernel without openat2 from now on, or again with it;
+  // for the tests, which run both ways over the same paths.
+  static void useOpenat2(bool use);
+  // Throws DeviceFileError for errno as it is.
+  [[noreturn]] void failed(const std::string& what, std::string_view devicePath) const;
+
  private:
   std::string path_;
   Fd fd_;
