@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <stdexcept>
 
 #include "platform/linux/device_bus_address.h"
@@ -64,10 +65,18 @@ std::string readReadyLine(int fd, int timeoutMs) {
   }
 }
 
+// The root itself is the caller's to name; it is made when missing, as
+// the bus is often the first thing a new device has.
+DeviceRoot madeRoot(const std::string& path) {
+  std::error_code ignored;
+  std::filesystem::create_directories(path, ignored);
+  return DeviceRoot(path);
+}
+
 }  // namespace
 
 DeviceBus::DeviceBus(const std::string& deviceRootNativePath)
-    : root_(deviceRootNativePath),
+    : root_(madeRoot(deviceRootNativePath)),
       socketPath_(deviceBusSocketPath(deviceRootNativePath)),
       logPath_(root_.joined(std::string(kBusFolder) + "/bus.log")),
       address_(deviceBusAddress(deviceRootNativePath)) {
