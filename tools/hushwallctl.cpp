@@ -83,7 +83,7 @@ class Device {
     const std::string devicePath = std::string(kDataDirectory) + kDatabaseComponent;
     linux_platform::Fd file = files_.open(devicePath, O_PATH);
     struct stat st {};
-    if (!file && errno != ENOENT) throw std::runtime_error(files_.failure("cannot open", devicePath, errno));
+    if (!file && errno != ENOENT) files_.failed("cannot open", devicePath);
     if (!file || ::fstat(file.get(), &st) != 0 || !S_ISREG(st.st_mode)) {
       throw std::runtime_error("no database at " + files_.joined(devicePath) +
                                ": the device is not set up (SpringBoard copies the template "
