@@ -160,9 +160,15 @@ std::string readRegularFile(int fd, const std::string& path, std::size_t maxByte
   std::string bytes(static_cast<std::size_t>(st.st_size), '\0');
   std::size_t done = 0;
   for (;;) {
-    if (done == bytes.size()) {
-      if (bytes.size() >= maxBytes) break;
-      bytes.resize(std::min(maxBytes, bytes.size() + 4096));
+    if (done == bytes.size() && done < maxBytes) bytes.resize(std::min(maxBytes, done + 4096));
+    if (done == maxBytes) {
+      char more = 0;
+      if (::read(fd, &more, 1) > 0) {
+        throw DeviceFileError(path + " grew past the " + std::to_string(maxBytes) +
+                                  " bytes such a file may hold while it was read",
+                              EFBIG);
+      }
+      break;
     }
     ssize_t n = ::read(fd, bytes.data() + done, bytes.size() - done);
     if (n < 0 && errno == EINTR) continue;
