@@ -46,7 +46,9 @@ class DeviceRoot {
     if (given.empty()) {
       std::string pattern = (fs::temp_directory_path() / "hushwall-sim-XXXXXX").string();
       if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a device root in /tmp");
-      path_ = pattern;
+      // Canonical, as a given root is: the device's databases are opened
+      // only by paths without a link (refuseLinkedDatabases).
+      path_ = fs::canonical(pattern).string();
       temporary_ = true;
       return;
     }
