@@ -82,6 +82,7 @@ void fillBlacklist(const std::string& databaseFile, int rows) {
 
 void contactsChanged(benchmark::State& state, int rows) {
   testing::FakeEnv env;
+  FollowingLinks links(env.root.path());
   testing::FreshProcessState fresh;
   PlacedDatabase database(HUSHWALL_TEMPLATE_DB, env.root.databaseFile(), Storage::kDisk);
   fillBlacklist(database.file(), rows);
@@ -95,6 +96,7 @@ void contactsChanged(benchmark::State& state, int rows) {
 // and nothing kept.
 void bareSelect(benchmark::State& state, int rows) {
   testing::FakeEnv env;
+  FollowingLinks links(env.root.path());
   PlacedDatabase database(HUSHWALL_TEMPLATE_DB, env.root.databaseFile(), Storage::kDisk);
   fillBlacklist(database.file(), rows);
   const std::string path = database.file();

@@ -5,6 +5,9 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "host/env.h"
+#include "platform/linux/device_root.h"
+
 namespace hushwall::bench {
 namespace {
 namespace fs = std::filesystem;
@@ -48,6 +51,22 @@ PlacedDatabase::~PlacedDatabase() {
 
 void linkDatabase(const std::string& cachedFile, const std::string& nativePath) {
   replaceWithLink(cachedFile, nativePath);
+}
+
+FollowingLinks::FollowingLinks(std::string nativeRoot)
+    : root_(std::move(nativeRoot)), device_(host::env().fileSystem) {
+  host::env().fileSystem = this;
+}
+
+FollowingLinks::~FollowingLinks() { host::env().fileSystem = device_; }
+
+bool FollowingLinks::fileExists(const host::Text& devicePath) {
+  std::error_code ec;
+  return fs::exists(nativePath(devicePath), ec);
+}
+
+std::string FollowingLinks::nativePath(const host::Text& devicePath) {
+  return root_ + "/" + linux_platform::DeviceRoot::relative(host::toUtf8(devicePath));
 }
 
 }  // namespace hushwall::bench

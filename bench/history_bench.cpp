@@ -24,6 +24,7 @@ using host::Value;
 // all the way down to the row.
 void existMessage(benchmark::State& state, int rows) {
   testing::FakeEnv env;
+  FollowingLinks links(env.root.path());
   linkDatabase(cachedHistoryDatabase(rows), env.root.databaseFile());
   const int probe = rows / 2;
   const host::OptText message = host::T(historyMessage(probe));
@@ -75,6 +76,7 @@ host::Array filterRecords(const std::vector<Record>& rows) {
 
 void addHistoryWithArray(benchmark::State& state, int count, Storage storage) {
   testing::FakeEnv env;
+  FollowingLinks links(env.root.path());
   PlacedDatabase database(HUSHWALL_TEMPLATE_DB, env.root.databaseFile(), storage);
   const host::Array batch = filterRecords(records(count));
   Hushwall* model = Hushwall::sharedInstance();
@@ -90,6 +92,7 @@ void addHistoryWithArray(benchmark::State& state, int count, Storage storage) {
 // alive costs (fresh memory for every one, never reused).
 void autocommitInserts(benchmark::State& state, int count, Storage storage, bool leaveOpen) {
   testing::FakeEnv env;
+  FollowingLinks links(env.root.path());
   PlacedDatabase database(HUSHWALL_TEMPLATE_DB, env.root.databaseFile(), storage);
   const std::vector<Record> rows = records(count);
   const std::string path = database.file();

@@ -81,6 +81,7 @@ Value record(int i) {
 // filter's writer).
 WritesOutcome writeHistory(int writes, bool batched) {
   testing::FakeEnv env;
+  FollowingLinks links(env.root.path());
   PlacedDatabase database(HUSHWALL_TEMPLATE_DB, env.root.databaseFile(), Storage::kMemory);
   Hushwall* model = Hushwall::sharedInstance();
   host::Array batch;

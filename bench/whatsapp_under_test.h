@@ -57,6 +57,7 @@ class WhatsAppUnderTest {
   PlacedDatabase onDisk_;
   PlacedDatabase inMemory_;
   simhost::SimulatedApp app_;
+  FollowingLinks links_{device_.root()};
   host::IMP hostDelivery_ = nullptr;
   host::Value connection_;
   host::Value delegate_;

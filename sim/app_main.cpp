@@ -32,6 +32,7 @@
 #include "sim/protocol.h"
 #include "simhost/host_log.h"
 #include "simhost/simulated_app.h"
+#include "platform/linux/sqlite_no_links.h"
 
 namespace hushwall::sim {
 namespace {
@@ -119,6 +120,8 @@ int main(int argc, char** argv) {
 
   // An app dies with the simulator that drives it, and leaves no core file.
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  // No database of the device is opened through a link planted in it.
+  hushwall::linux_platform::refuseLinkedDatabases();
   rlimit noCore{0, 0};
   ::setrlimit(RLIMIT_CORE, &noCore);
 

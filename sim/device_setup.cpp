@@ -1,5 +1,6 @@
 #include "sim/device_setup.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
 
 #include <filesystem>
@@ -8,6 +9,7 @@
 
 #include "model/paths.h"
 #include "platform/linux/device_bundles.h"
+#include "platform/linux/device_root.h"
 #include "platform/linux/file_lock.h"
 #include "platform/linux/plist_file.h"
 #include "platform/linux/vcard_address_book.h"
@@ -20,15 +22,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string inRoot(const std::string& root, const std::string& devicePath) {
-  fs::create_directories(fs::path(root + devicePath).parent_path());
-  return root + devicePath;
+// Every file is made through the root, never through a link planted in it.
+std::string inRoot(const linux_platform::DeviceRoot& files, const std::string& devicePath) {
+  files.makeDirectories(fs::path(devicePath).parent_path().string());
+  return files.fileForSqlite(devicePath);
+}
+
+void copyTemplate(const linux_platform::DeviceRoot& files, const std::string& bytes,
+                  const std::string& devicePath) {
+  files.makeDirectories(fs::path(devicePath).parent_path().string());
+  if (!files.createExclusive(devicePath, bytes)) {
+    throw std::runtime_error(files.joined(devicePath) + " exists already");
+  }
 }
 
 // WhatsApp's own message database, with the one table Hushwall reads.
 void writeChatStorage(const std::string& root, const std::vector<ChatMessage>& rows) {
   const std::string path = inRoot(
-      root, host::toUtf8(linux_platform::documentsDirectoryOf(host::T("net.whatsapp.WhatsApp"))) +
+      linux_platform::DeviceRoot(root), host::toUtf8(linux_platform::documentsDirectoryOf(host::T("net.whatsapp.WhatsApp"))) +
                 "/ChatStorage.sqlite");
   sqlite3* raw = nullptr;
   int rc = sqlite3_open(path.c_str(), &raw);
@@ -98,17 +109,21 @@ void prepareDevice(const std::string& root, const Scenario& scenario,
   // First, so that the companion tools recognise the root as a device's even
   // when the run stops half way.
   tools::markDeviceRoot(root);
-  fs::copy_file(templateDatabase, inRoot(root, std::string(kSettingsBundlePath) + kDatabaseComponent));
+  const linux_platform::DeviceRoot files(root);
+  const std::string bytes =
+      linux_platform::readRegularFileAt(AT_FDCWD, templateDatabase, linux_platform::kMaxSettingsFileBytes);
+  copyTemplate(files, bytes, std::string(kSettingsBundlePath) + kDatabaseComponent);
   if (scenario.settings) writeSettingsFile(root, *scenario.settings);
   if (scenario.contacts) {
-    linux_platform::writeContactsVCard(inRoot(root, linux_platform::kContactsVCardPath),
-                                       *scenario.contacts);
+    files.makeDirectories(fs::path(linux_platform::kContactsVCardPath).parent_path().string());
+    files.writeAtomically(linux_platform::kContactsVCardPath,
+                          linux_platform::contactsVCardText(*scenario.contacts));
   }
   if (scenario.chatStorage) writeChatStorage(root, *scenario.chatStorage);
   if (!scenario.blacklist.empty()) {
-    const std::string database = inRoot(root, std::string(kDataDirectory) + kDatabaseComponent);
-    fs::copy_file(templateDatabase, database);
-    seedBlacklist(database, scenario.blacklist);
+    const std::string database = std::string(kDataDirectory) + kDatabaseComponent;
+    copyTemplate(files, bytes, database);
+    seedBlacklist(inRoot(files, database), scenario.blacklist);
   }
 }
 
@@ -125,10 +140,11 @@ std::set<std::string> initialChats(const Scenario& scenario) {
 
 void writeSettingsFile(const std::string& root, const nlohmann::json& values) {
   const host::Value settings = valueFromJson(values);
-  const std::string path = inRoot(root, kSettingsFilePath);
+  const linux_platform::DeviceRoot files(root);
+  files.makeDirectories(fs::path(kSettingsFilePath).parent_path().string());
   // hushwallctl may be changing the file at the same time; see its settings.
-  linux_platform::FileLock lock(path);
-  linux_platform::writeBinaryPlist(path, *settings.dictionary());
+  linux_platform::FileLock lock(files, kSettingsFilePath);
+  files.writeAtomically(kSettingsFilePath, linux_platform::binaryPlistBytes(*settings.dictionary()));
 }
 
 }  // namespace hushwall::sim

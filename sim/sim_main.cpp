@@ -39,6 +39,7 @@
 #include "sim/transcript.h"
 #include "tools/command_line_checks.h"
 #include "tools/device_root.h"
+#include "platform/linux/sqlite_no_links.h"
 
 namespace hushwall::sim {
 namespace {
@@ -55,7 +56,9 @@ class DeviceRoot {
     if (given.empty()) {
       std::string pattern = (fs::temp_directory_path() / "hushwall-sim-XXXXXX").string();
       if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a device root in /tmp");
-      path_ = pattern;
+      // Canonical, as a given root is: the device's databases are opened
+      // only by paths without a link (refuseLinkedDatabases).
+      path_ = fs::canonical(pattern).string();
       temporary_ = true;
       return;
     }
@@ -155,6 +158,8 @@ int play(const std::string& scenarioPath, const std::string& statePath, const st
 
 int main(int argc, char** argv) {
   CLI::App cli{"hushwall-sim: Hushwall on a simulated device with WhatsApp and SpringBoard"};
+  // No database of the device is opened through a link planted in it.
+  hushwall::linux_platform::refuseLinkedDatabases();
   cli.require_subcommand(1);
   std::string scenario, state, root, device = "simulated", firmware;
   double replyLimit = hushwall::sim::kDefaultReplyIdleMs / 1000.0;

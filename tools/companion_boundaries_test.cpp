@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sqlite3.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -330,6 +332,125 @@ TEST(CompanionSettingsFile, SettersRacingEachOtherLoseNoKey) {
   std::printf("hushwall-figure: settings setters: %zu at once, %d rounds: %d of %zu keys lost\n", keys.size(),
               kRounds, lost, kRounds * keys.size());
   EXPECT_TRUE(fs::exists(file + ".lock"));
+}
+
+
+// Every file under `directory` with its bytes (a folder as "/", a link as
+// "-> target"), to tell that nothing there changed.
+std::map<std::string, std::string> snapshot(const std::string& directory) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+    files[entry.path()] = entry.is_symlink()     ? "-> " + fs::read_symlink(entry.path()).string()
+                          : entry.is_directory() ? "/"
+                                                 : fileBytes(entry.path());
+  }
+  return files;
+}
+
+// A decoy outside the device, named by links planted inside it: no command
+// may read, write or remove anything there, and each says why it stopped.
+TEST(CompanionDeviceRoot, LinksOutOfTheRootAndWithinItAreRefused) {
+  TempDeviceRoot device, decoy;
+  device.installDatabase();
+  tools::markDeviceRoot(device.path());
+  PrivateBus bus(device.path());
+  const std::string data = "/var/mobile/Library/Preferences/Hushwall";
+  execSql(device.databaseFile(), "INSERT INTO History (phoneNumber, mediaType, mediaFileName) VALUES "
+                                 "('4917', 1, '" + data + "/4917/4917-1.png')");
+  fs::create_directories(decoy.native("/4917"));
+  fs::create_directories(decoy.native("/Preferences"));
+  std::ofstream(decoy.native("/4917/4917-1.png")) << "picture";
+  std::ofstream(decoy.native("/file")) << "not the device's";
+  fs::copy_file(device.databaseFile(), decoy.native("/HSWL.db"));
+  linux_platform::writeBinaryPlist(decoy.native("/settings.plist"), {{host::T("Decoy"), host::Value::boolean(true)}});
+  const auto before = snapshot(decoy.path());
+
+  struct Case {
+    std::string link, target;  // a device path, and a native path or a relative one
+    std::vector<std::vector<std::string>> commands;
+    int status;  // of each command
+  };
+  const std::string refused = "links are not followed inside a device root";
+  const Case cases[] = {
+      {data + "/4917", decoy.native("/4917"), {{"history", "delete", "1", "--yes"}, {"history", "clear", "--yes"}}, 0},
+      {data + "/HSWL.db", decoy.native("/HSWL.db"), {{"blacklist", "add", "4930"}, {"history"}, {"blacklist", "list"}}, 1},
+      {data + "/HSWL.db", "HSWL.db.aside", {{"blacklist", "list"}}, 1},  // a link within the root
+      {kSettingsFilePath, decoy.native("/settings.plist"),
+       {{"settings", "show"}, {"settings", "set", "Enabled=1"}, {"settings", "replace", "Enabled=1"}}, 1},
+      {std::string(kSettingsFilePath) + ".lock", decoy.native("/file"), {{"settings", "set", "Enabled=1"}}, 1},
+      {"/var/mobile/Library/Preferences", decoy.native("/Preferences"),
+       {{"settings", "show"}, {"settings", "set", "Enabled=1"}, {"blacklist", "add", "4930"}}, 1},
+      {"/var/run/hushwall/bus.sock", decoy.native("/file"), {{"post", "com.Corvanta.HushwallSettings.x"}}, 1},
+  };
+  for (const Case& c : cases) {
+    fs::create_directories(fs::path(device.native(c.link)).parent_path());
+    const std::string aside = device.native(c.link) + ".aside";
+    if (fs::exists(device.native(c.link))) fs::rename(device.native(c.link), aside);
+    fs::create_symlink(c.target, device.native(c.link));
+    for (const auto& command : c.commands) {
+      std::string err;
+      EXPECT_EQ(ctl(device.path(), command, nullptr, &err), c.status) << c.link << " " << command[0];
+      if (c.status != 0) EXPECT_NE(err.find(refused), std::string::npos) << c.link << ": " << err;
+    }
+    // The library's own reads take a refused file for a missing one; only a
+    // bus it cannot reach stops it.
+    EXPECT_EQ(model({"settings", "--root", device.path()}), c.link.find("bus") != std::string::npos ? 1 : 0);
+    fs::remove(device.native(c.link));
+    if (fs::exists(aside)) fs::rename(aside, device.native(c.link));
+  }
+  // Programs that lay out a device write nothing through a link either.
+  TempDeviceRoot fresh;
+  fs::create_directories(fresh.native(data));
+  fs::create_symlink(decoy.native("/file"), fresh.native(tools::kDeviceRootMarker));
+  std::string err;
+  EXPECT_EQ(model({"init", "--root", fresh.path()}, nullptr, &err), 1);
+  EXPECT_NE(err.find(refused), std::string::npos) << err;
+  fs::remove(fresh.native(tools::kDeviceRootMarker));
+  fs::create_directories(fresh.native("/var/run"));
+  fs::create_symlink(decoy.native("/Preferences"), fresh.native("/var/run/hushwall"));
+  EXPECT_EQ(model({"init", "--root", fresh.path()}), 0);
+  EXPECT_EQ(model({"settings", "--root", fresh.path()}, nullptr, &err), 1);
+  EXPECT_NE(err.find(refused), std::string::npos) << err;
+  EXPECT_EQ(snapshot(decoy.path()), before);
+}
+
+// A FIFO, a folder or a socket where a file is read: a clear error from the
+// companion, never a wait for a writer that does not come.
+TEST(CompanionDeviceRoot, FilesOfTheWrongKindAreRefusedWithoutWaiting) {
+  TempDeviceRoot device;
+  device.installDatabase();
+  tools::markDeviceRoot(device.path());
+  PrivateBus bus(device.path());
+  const std::string settings = device.native(kSettingsFilePath);
+  fs::create_directories(fs::path(settings).parent_path());
+  struct Case {
+    std::string file;
+    void (*make)(const std::string&);
+    std::string kind;
+  };
+  auto fifo = [](const std::string& path) { ASSERT_EQ(::mkfifo(path.c_str(), 0644), 0); };
+  auto folder = [](const std::string& path) { fs::create_directory(path); };
+  const Case cases[] = {
+      {settings, fifo, "is a FIFO, not a regular file"},
+      {settings, folder, "is a directory, not a regular file"},
+      {settings + ".lock", fifo, "is not a regular file"},
+  };
+  for (const Case& c : cases) {
+    fs::remove(c.file);  // the lock file a setter left
+    c.make(c.file);
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"settings", "show"}, {"settings", "set", "Enabled=1"}}) {
+      if (c.file != settings && command[1] == "show") continue;
+      std::string err;
+      EXPECT_EQ(ctl(device.path(), command, nullptr, &err), 1) << c.kind;
+      EXPECT_NE(err.find(c.kind), std::string::npos) << err;
+    }
+    // The library's own read takes it for no file.
+    std::string out;
+    EXPECT_EQ(model({"settings", "--root", device.path()}, &out), 0);
+    EXPECT_NE(out.find("Enabled=0"), std::string::npos) << out;
+    fs::remove(c.file);
+  }
 }
 
 }  // namespace

@@ -1,21 +1,27 @@
 #include "tools/device_root.h"
 
 #include <filesystem>
-#include <fstream>
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <stdexcept>
 
 #include "model/paths.h"
 #include "platform/linux/device_bus_address.h"
+#include "platform/linux/device_root.h"
 
 namespace hushwall::tools {
 namespace fs = std::filesystem;
 
 namespace {
 
+// Neither is taken from the other side of a link.
 bool isDevice(const std::string& canonicalRoot) {
-  std::error_code ec;
-  return fs::is_regular_file(canonicalRoot + kDeviceRootMarker, ec) ||
-         fs::is_directory(canonicalRoot + kDataDirectory, ec);
+  const linux_platform::DeviceRoot files(canonicalRoot);
+  linux_platform::Fd marker = files.open(kDeviceRootMarker, O_PATH);
+  struct stat st {};
+  return (marker && ::fstat(marker.get(), &st) == 0 && S_ISREG(st.st_mode)) ||
+         files.open(kDataDirectory, O_PATH | O_DIRECTORY);
 }
 
 std::string canonicalDirectory(const std::string& given) {
@@ -35,9 +41,8 @@ std::string canonicalDirectory(const std::string& given) {
 }  // namespace
 
 void markDeviceRoot(const std::string& root) {
-  std::ofstream marker(root + kDeviceRootMarker);
-  marker << "a device root made by hushwall-sim or hushwall-model\n";
-  if (!marker.flush()) throw std::runtime_error("cannot write " + root + kDeviceRootMarker);
+  linux_platform::DeviceRoot(root).writeAtomically(kDeviceRootMarker,
+                                                   "a device root made by hushwall-sim or hushwall-model\n");
 }
 
 std::string existingDeviceRoot(const std::string& given) {

@@ -1,15 +1,16 @@
 #include "tools/device_session.h"
 
 #include <chrono>
-#include <filesystem>
+#include <fcntl.h>
+
 #include <stdexcept>
 
 #include "model/paths.h"
 #include "platform/linux/device_bus_address.h"
+#include "platform/linux/device_root.h"
 #include "tools/device_root.h"
 
 namespace hushwall::tools {
-namespace fs = std::filesystem;
 
 DeviceSession::DeviceSession(const std::string& root) : root_(existingDeviceRoot(root)) {
   if (!linux_platform::deviceBusIsRunning(root_)) {
@@ -32,10 +33,13 @@ void DeviceSession::runLoop() {
 
 void seedDevice(const std::string& root, const std::string& templateDatabase) {
   markDeviceRoot(root);
+  const linux_platform::DeviceRoot files(root);
+  // The template is the build's own file; only the copies go into the root.
+  const std::string bytes =
+      linux_platform::readRegularFileAt(AT_FDCWD, templateDatabase, linux_platform::kMaxSettingsFileBytes);
   auto copyTemplate = [&](const std::string& folder) {
-    fs::create_directories(root + folder);
-    fs::copy_file(templateDatabase, root + folder + kDatabaseComponent,
-                  fs::copy_options::skip_existing);
+    files.makeDirectories(folder);
+    files.createExclusive(folder + kDatabaseComponent, bytes);  // an existing one is kept
   };
   copyTemplate(kSettingsBundlePath);
   copyTemplate(kDataDirectory);

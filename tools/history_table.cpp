@@ -71,7 +71,7 @@ void forEachRow(const std::string& databaseFile, const std::string& table,
   // before it may read, and a read-only connection cannot. query_only keeps
   // this connection's own statements from writing. (A file the system will
   // not let us write is opened read-only all the same, by SQLite.)
-  DbPtr db = openDatabase(databaseFile, SQLITE_OPEN_READWRITE);
+  DbPtr db = openDatabase(databaseFile, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW);
   sqlite3_exec(db.get(), "PRAGMA query_only = 1", nullptr, nullptr, nullptr);
   StmtPtr query = prepare(db.get(), "SELECT * FROM \"" + table + "\" ORDER BY rowid");
   int rc;

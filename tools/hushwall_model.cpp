@@ -16,8 +16,10 @@
 #include "companion/blacklist_editor.h"
 #include "model/hushwall.h"
 #include "model/paths.h"
+#include "platform/linux/device_root.h"
 #include "platform/linux/plist_file.h"
 #include "platform/linux/vcard_address_book.h"
+#include "platform/linux/sqlite_no_links.h"
 #include "startup/blacklist.h"
 #include "startup/notification_names.h"
 #include "startup/settings.h"
@@ -110,7 +112,7 @@ host::Value dict(std::initializer_list<std::pair<const char*, host::Value>> entr
 host::Value str(const char* s) { return host::Value::string(T(s)); }
 
 void listHistory(const std::string& root, bool json) {
-  nlohmann::json rows = readTable(root + toUtf8(databasePath()), "History");
+  nlohmann::json rows = readTable(linux_platform::DeviceRoot(root).fileForSqlite(toUtf8(databasePath())), "History");
   if (json) {
     std::cout << rows.dump(2) << "\n";
     return;
@@ -136,14 +138,15 @@ int demo(const std::string& requestedRoot, const std::string& templateDb) {
             << "  template database installed in the settings bundle and the data directory\n";
 
   // What the settings bundle writes before anything runs.
-  fs::create_directories(fs::path(root + kSettingsFilePath).parent_path());
-  fs::create_directories(fs::path(root + linux_platform::kContactsVCardPath).parent_path());
-  linux_platform::writeBinaryPlist(root + kSettingsFilePath,
-                                   {{T("Enabled"), host::Value::boolean(true)},
-                                    {T("ShowStatusbarIcon"), host::Value::boolean(true)},
-                                    {T("Vibrate"), host::Value::boolean(true)}});
-  linux_platform::writeContactsVCard(root + linux_platform::kContactsVCardPath,
-                                     {"+4930999000", "+34 612 345 678"});
+  const linux_platform::DeviceRoot files(root);
+  files.makeDirectories(fs::path(kSettingsFilePath).parent_path().string());
+  files.makeDirectories(fs::path(linux_platform::kContactsVCardPath).parent_path().string());
+  files.writeAtomically(kSettingsFilePath,
+                        linux_platform::binaryPlistBytes({{T("Enabled"), host::Value::boolean(true)},
+                                                          {T("ShowStatusbarIcon"), host::Value::boolean(true)},
+                                                          {T("Vibrate"), host::Value::boolean(true)}}));
+  files.writeAtomically(linux_platform::kContactsVCardPath,
+                        linux_platform::contactsVCardText({"+4930999000", "+34 612 345 678"}));
 
   {
     DeviceSession session(root);
@@ -173,9 +176,9 @@ int demo(const std::string& requestedRoot, const std::string& templateDb) {
            "4930999000@s.whatsapp.net", "+44 20 7946 0000@s.whatsapp.net", "34612345678@s.whatsapp.net"});
 
     std::cout << "\n== ContactsOnly switched on: numbers no contact holds are blocked too\n";
-    linux_platform::writeBinaryPlist(root + kSettingsFilePath,
-                                     {{T("Enabled"), host::Value::boolean(true)},
-                                      {T("ContactsOnly"), host::Value::boolean(true)}});
+    files.writeAtomically(kSettingsFilePath,
+                          linux_platform::binaryPlistBytes({{T("Enabled"), host::Value::boolean(true)},
+                                                            {T("ContactsOnly"), host::Value::boolean(true)}}));
     host::env().notifyCenter->post(kSettingsChangedNotification);
     session.runLoop();
     printFlags();
@@ -278,6 +281,8 @@ int main(int argc, char** argv) {
   historyCmd->add_option("--root", root, "device root directory")->required()->check(CLI::ExistingDirectory);
   historyCmd->add_flag("--json", json, "print JSON rows");
 
+  // No database of the device is opened through a link planted in it.
+  linux_platform::refuseLinkedDatabases();
   try {
     requireUtf8Arguments(argc, argv);
   } catch (const std::invalid_argument& e) {

@@ -22,6 +22,8 @@
 // can miss the notification, and each reads the settings and the blacklist in
 // full when it starts. The change stays, stderr says so, and the status is 0.
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -41,9 +43,11 @@
 #include "model/paths.h"
 #include "platform/linux/dbus_notify_center.h"
 #include "platform/linux/device_bus_address.h"
+#include "platform/linux/device_root.h"
 #include "platform/linux/device_root_file_system.h"
 #include "platform/linux/file_lock.h"
 #include "platform/linux/plist_file.h"
+#include "platform/linux/sqlite_no_links.h"
 #include "startup/notification_names.h"
 #include "startup/settings.h"
 #include "tools/command_line_checks.h"
@@ -71,20 +75,23 @@ class Device {
  public:
   // The bus socket's address is derived from the root's path, so every
   // process of the device must spell the root the same way: canonically.
-  explicit Device(const std::string& root) : root_(existingDeviceRoot(root)) {}
+  explicit Device(const std::string& root) : root_(existingDeviceRoot(root)), files_(root_) {}
 
   const std::string& root() const { return root_; }
-  std::string file(const std::string& devicePath) const { return root_ + devicePath; }
+  // Every file of the device is reached through it, never through a link.
+  const linux_platform::DeviceRoot& files() const { return files_; }
 
   std::string databaseFile() const {
-    std::string path = file(std::string(kDataDirectory) + kDatabaseComponent);
-    std::error_code ec;
-    if (!fs::is_regular_file(path, ec)) {
-      throw std::runtime_error("no database at " + path +
+    const std::string devicePath = std::string(kDataDirectory) + kDatabaseComponent;
+    linux_platform::Fd file = files_.open(devicePath, O_PATH);
+    struct stat st {};
+    if (!file && errno != ENOENT) files_.failed("cannot open", devicePath);
+    if (!file || ::fstat(file.get(), &st) != 0 || !S_ISREG(st.st_mode)) {
+      throw std::runtime_error("no database at " + files_.joined(devicePath) +
                                ": the device is not set up (SpringBoard copies the template "
                                "there when it first starts)");
     }
-    return path;
+    return files_.fileForSqlite(devicePath);
   }
 
   std::unique_ptr<DBusNotifyCenter> connect() const {
@@ -107,6 +114,7 @@ class Device {
 
  private:
   std::string root_;
+  linux_platform::DeviceRoot files_;
 };
 
 // Tells the device's processes about a change that is already on disk.
@@ -130,35 +138,47 @@ void printJson(const nlohmann::json& value) { std::cout << value.dump(2) << "\n"
 
 // --- settings ---------------------------------------------------------------
 
+// The settings file's bytes; nothing when there is none. Anything else that
+// is not a regular file (a link, a FIFO, a folder) is an error.
+std::optional<std::string> settingsFileBytes(const linux_platform::DeviceRoot& files) {
+  try {
+    return files.readRegularFile(kSettingsFilePath, linux_platform::kMaxSettingsFileBytes);
+  } catch (const linux_platform::DeviceFileError& e) {
+    if (e.error() == ENOENT) return std::nullopt;
+    throw;
+  }
+}
+
 void writeSettings(const Device& device, const std::vector<std::string>& words, bool keepOthers) {
   const host::Dict changes = parseSettingsAssignments(words);
   device.checkBusAddress();
-  const std::string path = device.file(kSettingsFilePath);
-  fs::create_directories(fs::path(path).parent_path());
+  const linux_platform::DeviceRoot& files = device.files();
+  const std::string path = files.joined(kSettingsFilePath);
+  files.makeDirectories(fs::path(kSettingsFilePath).parent_path().string());
   // Another writer between this read and the rename would lose its change.
-  linux_platform::FileLock lock(path);
+  linux_platform::FileLock lock(files, kSettingsFilePath);
   host::Dict content;
-  std::error_code ec;
-  if (keepOthers && fs::exists(path, ec)) {
-    std::optional<host::Dict> existing = linux_platform::readPlistDictionary(path);
-    if (!existing) {
-      throw std::runtime_error("the settings file " + path +
-                               " is not a property-list dictionary; `settings replace` rewrites it");
+  if (keepOthers) {
+    if (std::optional<std::string> bytes = settingsFileBytes(files)) {
+      std::optional<host::Dict> existing = linux_platform::plistDictionaryFromBytes(std::move(*bytes));
+      if (!existing) {
+        throw std::runtime_error("the settings file " + path +
+                                 " is not a property-list dictionary; `settings replace` rewrites it");
+      }
+      content = std::move(*existing);
     }
-    content = std::move(*existing);
   }
   for (const auto& [key, value] : changes) content[key] = value;
-  linux_platform::writeBinaryPlist(path, content);
+  files.writeAtomically(kSettingsFilePath, linux_platform::binaryPlistBytes(content));
   std::cout << "settings written to " << path << "\n";
   announce(device, kSettingsChangedNotification);
 }
 
 void showSettings(const Device& device, bool json) {
-  const std::string path = device.file(kSettingsFilePath);
-  std::error_code ec;
+  const std::string path = device.files().joined(kSettingsFilePath);
   nlohmann::json entries = nlohmann::json::object();
-  if (fs::exists(path, ec)) {
-    std::optional<host::Dict> content = linux_platform::readPlistDictionary(path);
+  if (std::optional<std::string> bytes = settingsFileBytes(device.files())) {
+    std::optional<host::Dict> content = linux_platform::plistDictionaryFromBytes(std::move(*bytes));
     if (!content) throw std::runtime_error("the settings file " + path + " is not a property-list dictionary");
     for (const auto& [key, value] : *content) entries[host::toUtf8(key)] = settingsValueToJson(value);
   } else if (!json) {
@@ -259,20 +279,32 @@ void listTable(const Device& device, const std::string& table, const std::vector
 
 // Saved pictures sit in one folder per number inside the data directory;
 // files directly in it (the database and its journals) are not pictures.
-void listPictures(const Device& device, bool json) {
-  const fs::path dataDirectory = device.file(kDataDirectory);
-  std::vector<std::pair<std::string, std::uintmax_t>> pictures;
-  std::error_code ec;
-  if (fs::is_directory(dataDirectory, ec)) {
-    for (auto it = fs::recursive_directory_iterator(dataDirectory);
-         it != fs::recursive_directory_iterator(); ++it) {
-      if (it.depth() >= 1 && it->is_regular_file()) {
-        // Another writer may have named a folder with any bytes.
-        pictures.emplace_back(host::repairUtf8(fs::relative(it->path(), device.root()).string()),
-                              it->file_size());
-      }
+void collectPictures(const linux_platform::DeviceRoot& files, const std::string& folder, int depth,
+                     std::vector<std::pair<std::string, std::uintmax_t>>& pictures) {
+  std::vector<std::string> names;
+  try {
+    names = files.list(folder);
+  } catch (const linux_platform::DeviceFileError& e) {
+    if (depth == 0 && e.error() == ENOENT) return;
+    throw;
+  }
+  linux_platform::Fd dir = files.open(folder, O_RDONLY | O_DIRECTORY);
+  for (const std::string& name : names) {
+    struct stat st {};
+    if (!dir || ::fstatat(dir.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) continue;
+    const std::string path = folder + "/" + name;
+    // Links are not followed, so whatever they name is not listed.
+    if (S_ISDIR(st.st_mode)) collectPictures(files, path, depth + 1, pictures);
+    // Another writer may have named a folder with any bytes.
+    if (S_ISREG(st.st_mode) && depth >= 1) {
+      pictures.emplace_back(host::repairUtf8(path.substr(1)), static_cast<std::uintmax_t>(st.st_size));
     }
   }
+}
+
+void listPictures(const Device& device, bool json) {
+  std::vector<std::pair<std::string, std::uintmax_t>> pictures;
+  collectPictures(device.files(), kDataDirectory, 0, pictures);
   std::sort(pictures.begin(), pictures.end());
   if (json) {
     nlohmann::json items = nlohmann::json::array();
@@ -373,6 +405,8 @@ int main(int argc, char** argv) {
   auto* post = app.add_subcommand("post", "post any notification");
   post->add_option("name", notification, "the notification name")->required();
 
+  // No database of the device is opened through a link planted in it.
+  linux_platform::refuseLinkedDatabases();
   try {
     requireUtf8Arguments(argc, argv);
   } catch (const std::invalid_argument& e) {

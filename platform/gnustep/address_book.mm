@@ -5,7 +5,7 @@
 #import <Foundation/Foundation.h>
 
 #include "host/text.h"
-#include "platform/darwin/device_paths.h"
+#include "platform/gnustep/stand_in_device.h"
 #include "platform/linux/vcard_address_book.h"
 
 @interface HWStandInAddressBook : NSObject
@@ -28,9 +28,8 @@ extern "C" ABRecordRef ABCFindPersonMatchingPhoneNumber(ABAddressBookRef address
   NSString* number = (NSString*)phoneNumber;
   hushwall::host::OptText text;
   if (number != nil) text = hushwall::host::fromUtf8(std::string_view([number UTF8String]));
-  NSString* file = HWNativePath([NSString
-      stringWithUTF8String:hushwall::linux_platform::kContactsVCardPath]);
-  hushwall::linux_platform::VCardAddressBook book([file UTF8String]);
+  hushwall::linux_platform::DeviceRootFileSystem files(hushwall::gnustep::deviceRoot());
+  hushwall::linux_platform::VCardAddressBook book(files, hushwall::linux_platform::kContactsVCardPath);
   if (!book.hasPersonMatchingPhoneNumber(text)) return nullptr;
   // Like the device's Create rule: the caller owns the person.
   return [[HWStandInPerson alloc] init];

@@ -4,20 +4,18 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
 #include "platform/linux/device_bus_address.h"
 
 namespace hushwall::linux_platform {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string xmlEscaped(const std::string& text) {
   std::string out;
@@ -67,25 +65,40 @@ std::string readReadyLine(int fd, int timeoutMs) {
   }
 }
 
+// The root itself is the caller's to name; it is made when missing, as
+// the bus is often the first thing a new device has.
+DeviceRoot madeRoot(const std::string& path) {
+  std::error_code ignored;
+  std::filesystem::create_directories(path, ignored);
+  return DeviceRoot(path);
+}
+
 }  // namespace
 
 DeviceBus::DeviceBus(const std::string& deviceRootNativePath)
-    : socketPath_(deviceBusSocketPath(deviceRootNativePath)),
-      configPath_(fs::path(socketPath_).replace_filename("bus.conf").string()),
-      logPath_(fs::path(socketPath_).replace_filename("bus.log").string()),
+    : root_(madeRoot(deviceRootNativePath)),
+      socketPath_(deviceBusSocketPath(deviceRootNativePath)),
+      logPath_(root_.joined(std::string(kBusFolder) + "/bus.log")),
       address_(deviceBusAddress(deviceRootNativePath)) {
-  fs::create_directories(fs::path(socketPath_).parent_path());
-  std::ofstream(configPath_) << configFor(address_);
-
-  // The daemon's own complaints go to a log beside the socket.
-  int logFd = ::open(logPath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  // The folder, the config and the log are made inside the root, none
+  // through a link. The daemon reads the config by its name, which also
+  // tells which device a running daemon serves.
+  const std::string config = std::string(kBusFolder) + "/bus.conf";
+  root_.makeDirectories(kBusFolder);
+  root_.writeAtomically(config, configFor(address_));
+  Fd configFd = root_.open(config, kReadFlags);
+  Fd logFd = root_.open(std::string(kBusFolder) + "/bus.log",
+                        O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_NOCTTY, 0644);
+  struct stat configStat {}, logStat {};
   int pipeFds[2];
-  if (logFd < 0 || ::pipe2(pipeFds, O_CLOEXEC) != 0) {
-    if (logFd >= 0) ::close(logFd);
-    throw std::runtime_error("cannot prepare dbus-daemon for " + socketPath_);
+  if (!configFd || !logFd || ::fstat(configFd.get(), &configStat) != 0 || !S_ISREG(configStat.st_mode) ||
+      ::fstat(logFd.get(), &logStat) != 0 || !S_ISREG(logStat.st_mode) || ::pipe2(pipeFds, O_CLOEXEC) != 0) {
+    throw std::runtime_error("cannot prepare dbus-daemon for " + socketPath_ +
+                             ": its config or log is not a regular file inside the root");
   }
   std::string printAddress = "--print-address=" + std::to_string(pipeFds[1]);
-  std::string configFile = "--config-file=" + configPath_;
+  std::string configFile = "--config-file=" + root_.joined(config);
+  configFd = Fd();
   const pid_t parent = ::getpid();
   pid_ = ::fork();
   if (pid_ == 0) {
@@ -99,14 +112,13 @@ DeviceBus::DeviceBus(const std::string& deviceRootNativePath)
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (::getppid() != parent) ::_exit(127);
     ::fcntl(pipeFds[1], F_SETFD, 0);  // the daemon writes its address here
-    ::dup2(logFd, STDOUT_FILENO);
-    ::dup2(logFd, STDERR_FILENO);
+    ::dup2(logFd.get(), STDOUT_FILENO);
+    ::dup2(logFd.get(), STDERR_FILENO);
     ::execl("/usr/bin/dbus-daemon", "dbus-daemon", "--nofork", "--nopidfile", configFile.c_str(),
             printAddress.c_str(), static_cast<char*>(nullptr));
     ::_exit(127);
   }
   ::close(pipeFds[1]);
-  ::close(logFd);
   std::string printed = pid_ > 0 ? readReadyLine(pipeFds[0], 10000) : std::string();
   ::close(pipeFds[0]);
   if (printed.empty()) {
@@ -123,9 +135,13 @@ DeviceBus::~DeviceBus() {
   ::kill(pid_, SIGTERM);
   while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
   }
-  std::error_code ignored;
-  fs::remove(socketPath_, ignored);
-  fs::remove(configPath_, ignored);
+  for (const char* name : {"/bus.sock", "/bus.conf"}) {
+    try {
+      root_.removeAll(std::string(kBusFolder) + name);
+    } catch (const DeviceFileError&) {
+      // A file that cannot be removed is left; the next bus replaces it.
+    }
+  }
 }
 
 }  // namespace hushwall::linux_platform

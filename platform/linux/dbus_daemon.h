@@ -8,6 +8,8 @@
 
 #include <string>
 
+#include "platform/linux/device_root.h"
+
 namespace hushwall::linux_platform {
 
 class DeviceBus {
@@ -28,8 +30,9 @@ class DeviceBus {
   pid_t pid() const { return pid_; }
 
  private:
+  static constexpr char kBusFolder[] = "/var/run/hushwall";
+  DeviceRoot root_;
   std::string socketPath_;
-  std::string configPath_;
   std::string logPath_;
   std::string address_;
   pid_t pid_ = -1;

@@ -1,12 +1,17 @@
 #include "platform/linux/device_bus_address.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
+#include <cerrno>
 #include <stdexcept>
+
+#include "platform/linux/device_root.h"
 
 namespace hushwall::linux_platform {
 
@@ -39,6 +44,17 @@ std::string deviceBusAddress(const std::string& deviceRootNativePath) {
 
 bool deviceBusIsRunning(const std::string& deviceRootNativePath) {
   const std::string socketPath = deviceBusSocketPath(deviceRootNativePath);
+  // connect() takes a path and follows links: the socket is reached only
+  // when neither it nor a folder on its way is one.
+  const DeviceRoot root(deviceRootNativePath);
+  const std::string socket = socketPath.substr(deviceRootNativePath.size());
+  std::string name;
+  Fd folder = root.openParent(socket, &name);
+  struct stat st {};
+  if (!folder && errno != ENOENT) root.failed("cannot reach", socket);
+  if (!folder || ::fstatat(folder.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) return false;
+  if (S_ISLNK(st.st_mode)) throw DeviceFileError(root.failure("cannot reach", socket, ELOOP), ELOOP);
+  if (!S_ISSOCK(st.st_mode)) return false;
   int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (fd < 0) return false;
   sockaddr_un address{};

@@ -18,7 +18,8 @@ std::string deviceBusAddress(const std::string& deviceRootNativePath);
 // True when something accepts connections on the device's bus socket, i.e.
 // the device has been started. Connecting is the only reliable test: a socket
 // file left behind by a daemon that died stays on disk. Throws like
-// deviceBusSocketPath for a root too long for the socket.
+// deviceBusSocketPath for a root too long for the socket, and DeviceFileError
+// when the socket or a folder on its way is a link.
 bool deviceBusIsRunning(const std::string& deviceRootNativePath);
 
 }  // namespace hushwall::linux_platform

@@ -1,41 +1,25 @@
 #include "platform/linux/device_root_file_system.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <string_view>
-#include <system_error>
+#include <fcntl.h>
+#include <sys/stat.h>
 
-#include "platform/linux/atomic_file.h"
 #include "platform/linux/plist_file.h"
 
 namespace hushwall::linux_platform {
-namespace fs = std::filesystem;
 
 DeviceRootFileSystem::DeviceRootFileSystem(std::string root) : root_(std::move(root)) {
   while (root_.size() > 1 && root_.back() == '/') root_.pop_back();
 }
 
-std::string DeviceRootFileSystem::nativePath(const host::Text& devicePath) {
-  // The root is the device's "/", as a chroot makes it: every device path is
-  // taken from there (a relative one too), and ".." climbs at most to it.
-  // The native path is resolved here, lexically, because the host's own
-  // resolution would let "/.." leave the root: the simulator runs as root, and
-  // a path built from a hostile sender's address would then write anywhere.
-  const std::string path = host::toUtf8(devicePath);
-  std::string resolved;
-  std::string_view rest = path;
-  while (!rest.empty()) {
-    std::size_t slash = rest.find('/');
-    std::string_view component = rest.substr(0, slash);
-    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
-    if (component.empty() || component == ".") continue;
-    if (component == "..") {
-      resolved.erase(std::min(resolved.size(), resolved.rfind('/')));
-    } else {
-      resolved.append("/").append(component);
+const DeviceRoot* DeviceRootFileSystem::deviceRoot() {
+  if (!opened_) {
+    try {
+      opened_.emplace(root_);
+    } catch (const DeviceFileError&) {
+      return nullptr;
     }
   }
-  return root_ + (resolved.empty() ? "/" : resolved);
+  return &*opened_;
 }
 
 bool DeviceRootFileSystem::usable(const host::Text& devicePath) {
@@ -44,66 +28,103 @@ bool DeviceRootFileSystem::usable(const host::Text& devicePath) {
   return devicePath.find(u'\0') == host::Text::npos;
 }
 
+std::string DeviceRootFileSystem::nativePath(const host::Text& devicePath) {
+  // The native path is resolved here, lexically, because the host's own
+  // resolution would let "/.." leave the root: the simulator runs as root, and
+  // a path built from a hostile sender's address would then write anywhere.
+  const std::string path = host::toUtf8(devicePath);
+  const DeviceRoot* root = deviceRoot();
+  if (root == nullptr) {
+    const std::string rel = DeviceRoot::relative(path);
+    return root_ + "/" + rel;  // nothing exists under a root that does not
+  }
+  if (DeviceRoot::relative(path).empty()) return root->joined(path);
+  try {
+    return root->fileForSqlite(path);
+  } catch (const DeviceFileError& e) {
+    return e.missing() ? root->joined(path) : ":memory:";
+  }
+}
+
 bool DeviceRootFileSystem::fileExists(const host::Text& devicePath) {
-  std::error_code ec;
-  return usable(devicePath) && fs::exists(nativePath(devicePath), ec);
+  const DeviceRoot* root = deviceRoot();
+  if (!usable(devicePath) || root == nullptr) return false;
+  std::string name;
+  Fd dir = root->openParent(host::toUtf8(devicePath), &name);
+  if (name.empty()) return true;  // the root itself
+  struct stat st {};
+  return dir && ::fstatat(dir.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISLNK(st.st_mode);
 }
 
 bool DeviceRootFileSystem::removeItem(const host::Text& devicePath) {
-  std::error_code ec;
-  return usable(devicePath) && fs::remove_all(nativePath(devicePath), ec) > 0 && !ec;
+  const DeviceRoot* root = deviceRoot();
+  if (!usable(devicePath) || root == nullptr) return false;
+  try {
+    return root->removeAll(host::toUtf8(devicePath));
+  } catch (const DeviceFileError&) {
+    return false;
+  }
 }
 
 bool DeviceRootFileSystem::createDirectory(const host::Text& devicePath) {
-  if (!usable(devicePath)) return false;
-  std::error_code ec;
-  std::string path = nativePath(devicePath);
-  fs::create_directories(path, ec);
-  return !ec && fs::is_directory(path, ec);
+  const DeviceRoot* root = deviceRoot();
+  if (!usable(devicePath) || root == nullptr) return false;
+  try {
+    root->makeDirectories(host::toUtf8(devicePath));
+    return true;
+  } catch (const DeviceFileError&) {
+    return false;
+  }
 }
 
 bool DeviceRootFileSystem::copyItem(const host::Text& fromDevicePath,
                                     const host::Text& toDevicePath) {
-  if (!usable(fromDevicePath) || !usable(toDevicePath)) return false;
-  std::error_code ec;
-  std::string to = nativePath(toDevicePath);
-  if (fs::exists(to, ec)) return false;  // the platform never overwrites here
-  fs::copy(nativePath(fromDevicePath), to, fs::copy_options::recursive, ec);
-  return !ec;
+  const DeviceRoot* root = deviceRoot();
+  if (!usable(fromDevicePath) || !usable(toDevicePath) || root == nullptr) return false;
+  try {
+    // The template database is a few kilobytes; a file far larger is none.
+    std::string bytes = root->readRegularFile(host::toUtf8(fromDevicePath), kMaxSettingsFileBytes);
+    return root->createExclusive(host::toUtf8(toDevicePath), bytes);  // never overwrites
+  } catch (const DeviceFileError&) {
+    return false;
+  }
 }
 
 bool DeviceRootFileSystem::writeAtomically(const host::Text& devicePath,
                                            const host::Bytes& bytes) {
-  if (!usable(devicePath)) return false;
+  const DeviceRoot* root = deviceRoot();
+  if (!usable(devicePath) || root == nullptr) return false;
   try {
-    writeFileAtomically(nativePath(devicePath),
-                        std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+    root->writeAtomically(host::toUtf8(devicePath),
+                          std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
     return true;
-  } catch (const std::exception&) {
+  } catch (const DeviceFileError&) {
     return false;  // the platform's write reports failure by its result only
   }
 }
 
 std::optional<host::Dict> DeviceRootFileSystem::dictionaryWithContentsOfFile(
     const host::Text& devicePath) {
-  if (!usable(devicePath)) return std::nullopt;
-  return readPlistDictionary(nativePath(devicePath));
+  const DeviceRoot* root = deviceRoot();
+  if (!usable(devicePath) || root == nullptr) return std::nullopt;
+  try {
+    return plistDictionaryFromBytes(root->readRegularFile(host::toUtf8(devicePath), kMaxSettingsFileBytes));
+  } catch (const DeviceFileError&) {
+    return std::nullopt;
+  }
 }
 
 std::optional<std::vector<host::Text>> DeviceRootFileSystem::contentsOfDirectory(
     const host::Text& devicePath) {
-  if (!usable(devicePath)) return std::nullopt;
-  std::error_code ec;
-  fs::directory_iterator it(nativePath(devicePath), ec);
-  if (ec) return std::nullopt;
-  std::vector<host::Text> names;
-  // A failed step ends the iteration as well, so the error is looked at
-  // after the loop: a partial listing is no listing.
-  for (; it != fs::directory_iterator(); it.increment(ec)) {
-    names.push_back(host::fromUtf8(it->path().filename().string()));
+  const DeviceRoot* root = deviceRoot();
+  if (!usable(devicePath) || root == nullptr) return std::nullopt;
+  try {
+    std::vector<host::Text> names;
+    for (const std::string& name : root->list(host::toUtf8(devicePath))) names.push_back(host::fromUtf8(name));
+    return names;
+  } catch (const DeviceFileError&) {
+    return std::nullopt;
   }
-  if (ec) return std::nullopt;
-  return names;
 }
 
 }  // namespace hushwall::linux_platform

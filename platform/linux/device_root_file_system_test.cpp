@@ -5,8 +5,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
+
+#include <sys/stat.h>
 
 #include "platform/linux/device_bundles.h"
+#include "platform/linux/plist_file.h"
+#include "platform/linux/vcard_address_book.h"
 #include "testing/temp_device_root.h"
 
 namespace hushwall::linux_platform {
@@ -61,6 +66,102 @@ TEST(DeviceRootFileSystemTest, ParentFoldersStopAtTheRootAsInAChroot) {
   ASSERT_TRUE(files.createDirectory(T("/var")));
   EXPECT_EQ(files.contentsOfDirectory(T("/var") + host::Text(1, u'\0')), std::nullopt)
       << "the listing of /var was given for a path that is not /var";
+}
+
+std::map<std::string, std::string> snapshot(const std::string& directory) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+    files[entry.path()] = entry.is_symlink() ? "-> " + fs::read_symlink(entry.path()).string()
+                                             : entry.is_directory() ? "/" : slurp(entry.path());
+  }
+  return files;
+}
+
+// Links out of the root, out of it by "..", within it and dangling, as a
+// folder on the way and as the file itself: no operation goes through one,
+// with openat2 and without it, and the decoy beside the root stays as it was.
+TEST(DeviceRootFileSystemTest, NoOperationGoesThroughALinkBelowTheRoot) {
+  for (bool openat2 : {true, false}) {
+    DeviceRoot::useOpenat2(openat2);
+    testing::TempDeviceRoot work;
+    const std::string root = work.path() + "/device", decoy = work.path() + "/decoy";
+    fs::create_directories(decoy + "/dir");
+    fs::create_directories(root + "/inside/real");
+    std::ofstream(decoy + "/dir/file.png") << "decoy";
+    writeBinaryPlist(decoy + "/settings.plist", {{T("Decoy"), host::Value::boolean(true)}});
+    writeBinaryPlist(root + "/inside/real/file.png", {{T("Inside"), host::Value::boolean(true)}});
+    const auto before = snapshot(decoy);
+    for (const auto& [link, target] : std::map<std::string, std::string>{
+             {"out-dir", decoy + "/dir"}, {"up-dir", "../decoy/dir"}, {"in-dir", "inside/real"},
+             {"out-file", decoy + "/settings.plist"}, {"in-file", "inside/real/file.png"},
+             {"dangling", decoy + "/new"}}) {
+      fs::create_symlink(target, root + "/" + link);
+    }
+    DeviceRootFileSystem files(root);
+    for (const char* folder : {"/out-dir", "/up-dir", "/in-dir"}) {
+      const host::Text in = T(folder);
+      EXPECT_FALSE(files.createDirectory(in + T("/sub"))) << folder;
+      EXPECT_FALSE(files.writeAtomically(in + T("/p.png"), {'y'})) << folder;
+      EXPECT_FALSE(files.fileExists(in + T("/file.png"))) << folder;
+      EXPECT_FALSE(files.removeItem(in + T("/file.png"))) << folder;
+      EXPECT_FALSE(files.contentsOfDirectory(in)) << folder;
+      EXPECT_FALSE(files.dictionaryWithContentsOfFile(in + T("/file.png"))) << folder;
+      EXPECT_FALSE(files.copyItem(in + T("/file.png"), T("/copy"))) << folder;
+      EXPECT_EQ(files.nativePath(in + T("/file.png")), ":memory:") << folder;
+    }
+    for (const char* file : {"/out-file", "/in-file", "/dangling"}) {
+      EXPECT_FALSE(files.dictionaryWithContentsOfFile(T(file))) << file;
+      EXPECT_FALSE(files.writeAtomically(T(file), {'y'})) << file;
+      EXPECT_FALSE(files.fileExists(T(file))) << file;
+      EXPECT_FALSE(files.copyItem(T(file), T("/copy"))) << file;
+      EXPECT_FALSE(files.copyItem(T("/inside/real/file.png"), T(file))) << file;
+      EXPECT_EQ(files.nativePath(T(file)), ":memory:") << file;
+    }
+    EXPECT_TRUE(files.dictionaryWithContentsOfFile(T("/inside/real/file.png"))) << "the real file is read";
+    EXPECT_FALSE(fs::exists(root + "/copy"));
+    // Removing a folder removes the links in it, not what they name.
+    fs::create_symlink(decoy + "/dir", root + "/inside/real/link");
+    EXPECT_TRUE(files.removeItem(T("/inside")));
+    EXPECT_TRUE(files.removeItem(T("/out-dir")));
+    EXPECT_EQ(snapshot(decoy), before) << "openat2: " << openat2;
+  }
+  DeviceRoot::useOpenat2(true);
+}
+
+// A FIFO, a folder or a file over its size limit where the library reads a
+// file reads as no file, at once; the contacts are read again only when the
+// file changed.
+TEST(DeviceRootFileSystemTest, OnlyRegularFilesAreReadAndTheContactsOncePerChange) {
+  testing::TempDeviceRoot root;
+  DeviceRootFileSystem files(root.path());
+  VCardAddressBook book(files, "/Contacts.vcf");
+  ASSERT_EQ(::mkfifo(root.native("/fifo").c_str(), 0644), 0);
+  ASSERT_EQ(::mkfifo(root.native("/Contacts.vcf").c_str(), 0644), 0);
+  fs::create_directory(root.native("/folder"));
+  EXPECT_FALSE(files.dictionaryWithContentsOfFile(T("/fifo")));
+  EXPECT_FALSE(files.dictionaryWithContentsOfFile(T("/folder")));
+  EXPECT_FALSE(files.copyItem(T("/fifo"), T("/copy")));
+  EXPECT_FALSE(book.hasPersonMatchingPhoneNumber(T("+491701234567")));
+  fs::remove(root.native("/Contacts.vcf"));
+
+  const std::string contacts = root.native("/Contacts.vcf");
+  writeContactsVCard(contacts, {"+491701234567"});
+  EXPECT_TRUE(book.hasPersonMatchingPhoneNumber(T("+491701234567")));
+  fs::resize_file(contacts, kMaxContactsFileBytes + 1);
+  EXPECT_FALSE(book.hasPersonMatchingPhoneNumber(T("+491701234567"))) << "over the limit: no contacts";
+  writeContactsVCard(contacts, {"+491701234567"});
+  EXPECT_TRUE(book.hasPersonMatchingPhoneNumber(T("+491701234567")));
+  // The same size and time, another number written in place: still the
+  // numbers read before, since nothing says the file changed.
+  const auto time = fs::last_write_time(contacts);
+  std::string text = slurp(contacts);
+  text.replace(text.find("+491701234567"), 13, "+491701234568");
+  std::ofstream(contacts, std::ios::binary | std::ios::in | std::ios::out) << text;
+  fs::last_write_time(contacts, time);
+  EXPECT_TRUE(book.hasPersonMatchingPhoneNumber(T("+491701234567")));
+  fs::last_write_time(contacts, time + std::chrono::seconds(1));
+  EXPECT_FALSE(book.hasPersonMatchingPhoneNumber(T("+491701234567")));
+  EXPECT_TRUE(book.hasPersonMatchingPhoneNumber(T("+491701234568")));
 }
 
 TEST(DeviceRootFileSystemTest, FolderOperationsBehaveLikeTheFileManager) {

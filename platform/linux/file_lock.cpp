@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,15 +11,22 @@
 
 namespace hushwall::linux_platform {
 
-FileLock::FileLock(const std::string& nativePath) {
-  const std::string lockPath = nativePath + ".lock";
-  fd_ = ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-  if (fd_ < 0) throw std::runtime_error("cannot open the lock file " + lockPath + ": " + std::strerror(errno));
+FileLock::FileLock(const DeviceRoot& root, const std::string& devicePath) {
+  const std::string lockPath = devicePath + ".lock";
+  // Without waiting: a FIFO in its place is refused, not waited on.
+  fd_ = root.open(lockPath, O_RDWR | O_CREAT | O_NONBLOCK | O_NOCTTY, 0644).release();
+  struct stat st {};
+  if (fd_ < 0 || ::fstat(fd_, &st) != 0 || !S_ISREG(st.st_mode)) {
+    int error = fd_ < 0 ? errno : EINVAL;
+    if (fd_ >= 0) ::close(fd_);
+    throw std::runtime_error(error == EINVAL ? root.joined(lockPath) + " is not a regular file"
+                                             : root.failure("cannot open the lock file", lockPath, error));
+  }
   while (::flock(fd_, LOCK_EX) != 0) {
     if (errno == EINTR) continue;
     int error = errno;
     ::close(fd_);
-    throw std::runtime_error("cannot lock " + lockPath + ": " + std::strerror(error));
+    throw std::runtime_error("cannot lock " + root.joined(lockPath) + ": " + std::strerror(error));
   }
 }
 

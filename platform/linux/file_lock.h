@@ -7,14 +7,17 @@
 
 #include <string>
 
+#include "platform/linux/device_root.h"
+
 namespace hushwall::linux_platform {
 
 class FileLock {
  public:
-  // Creates "<nativePath>.lock" when missing and waits for flock(2)'s
-  // exclusive lock on it. The file's directory must exist. Throws
-  // std::runtime_error naming the lock file when it cannot be had.
-  explicit FileLock(const std::string& nativePath);
+  // Creates "<devicePath>.lock" in the device root when missing and waits
+  // for flock(2)'s exclusive lock on it. The file's directory must exist.
+  // Throws std::runtime_error naming the lock file when it cannot be had (a
+  // link on the way or in its place, anything but a regular file).
+  FileLock(const DeviceRoot& root, const std::string& devicePath);
   // Releases the lock (closing the descriptor does).
   ~FileLock();
   FileLock(const FileLock&) = delete;

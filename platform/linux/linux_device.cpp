@@ -5,7 +5,7 @@ namespace hushwall::linux_platform {
 LinuxDevice::LinuxDevice(const std::string& deviceRoot, host::OptText bundleIdentifier)
     : fileSystem_(deviceRoot),
       notifyCenter_(deviceBusAddress(deviceRoot)),
-      addressBook_(fileSystem_.nativePath(host::T(kContactsVCardPath))),
+      addressBook_(fileSystem_, kContactsVCardPath),
       bundles_(fileSystem_, std::move(bundleIdentifier)) {
   env_.fileSystem = &fileSystem_;
   env_.notifyCenter = &notifyCenter_;

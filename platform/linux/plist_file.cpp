@@ -1,14 +1,16 @@
 #include "platform/linux/plist_file.h"
 
+#include <fcntl.h>
+
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
 
 #include "platform/linux/atomic_file.h"
+#include "platform/linux/device_root.h"
 #include "platform/linux/plist_limits.h"
 
 namespace hushwall::linux_platform {
@@ -19,7 +21,7 @@ using host::Value;
 // Property-list dates count from 2001-01-01 00:00 UTC.
 constexpr double kSecondsFrom1970To2001 = 978307200.0;
 // A property list this large is no settings file; it is refused unread.
-constexpr std::streamoff kMaxFileBytes = kMaxPlistBytes;
+constexpr std::size_t kMaxFileBytes = kMaxPlistBytes;
 
 struct PlistFree {
   void operator()(void* node) const { plist_free(node); }
@@ -131,15 +133,14 @@ plist_t newDate(double since1970) {
 
 using Encoder = void (*)(plist_t, char**, std::uint32_t*);
 
-void writePlist(const std::string& nativePath, const host::Dict& dict, Encoder encode,
-                void (*release)(char*)) {
+std::string encodePlist(const host::Dict& dict, Encoder encode, void (*release)(char*)) {
   PlistPtr root(plistFromValue(Value::dictionary(dict)));
   char* bytes = nullptr;
   std::uint32_t length = 0;
   encode(root.get(), &bytes, &length);
-  if (!bytes) throw std::runtime_error("cannot encode the property list for " + nativePath);
+  if (!bytes) throw std::runtime_error("cannot encode the property list");
   std::unique_ptr<char, void (*)(char*)> guard(bytes, release);
-  writeFileAtomically(nativePath, std::string_view(bytes, length));
+  return std::string(bytes, length);
 }
 
 }  // namespace
@@ -150,13 +151,15 @@ host::Value valueFromPlist(plist_t node) {
 
 std::optional<host::Dict> readPlistDictionary(const std::string& nativePath) {
   try {
-    std::ifstream in(nativePath, std::ios::binary | std::ios::ate);
-    if (!in) return std::nullopt;
-    std::streamoff size = in.tellg();
-    if (size <= 0 || size > kMaxFileBytes) return std::nullopt;
-    in.seekg(0);
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    if (!in.read(bytes.data(), size)) return std::nullopt;
+    return plistDictionaryFromBytes(readRegularFileAt(AT_FDCWD, nativePath, kMaxFileBytes));
+  } catch (const DeviceFileError&) {
+    return std::nullopt;
+  }
+}
+
+std::optional<host::Dict> plistDictionaryFromBytes(std::string bytes) {
+  try {
+    if (bytes.empty() || bytes.size() > kMaxFileBytes) return std::nullopt;
     if (!plistSafeToParse(bytes)) return std::nullopt;
     // Some zero bytes past the end: the XML parser peeks a few characters
     // ahead near the end of its input.
@@ -203,12 +206,16 @@ plist_t plistFromValue(const host::Value& value) {
   }
 }
 
+std::string binaryPlistBytes(const host::Dict& dict) {
+  return encodePlist(dict, plist_to_bin, plist_to_bin_free);
+}
+
 void writeBinaryPlist(const std::string& nativePath, const host::Dict& dict) {
-  writePlist(nativePath, dict, plist_to_bin, plist_to_bin_free);
+  writeFileAtomically(nativePath, binaryPlistBytes(dict));
 }
 
 void writeXmlPlist(const std::string& nativePath, const host::Dict& dict) {
-  writePlist(nativePath, dict, plist_to_xml, plist_to_xml_free);
+  writeFileAtomically(nativePath, encodePlist(dict, plist_to_xml, plist_to_xml_free));
 }
 
 }  // namespace hushwall::linux_platform

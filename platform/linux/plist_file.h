@@ -24,7 +24,11 @@ host::Value valueFromPlist(plist_t node);
 // The dictionary in the property list at `nativePath`, XML or binary. Nothing
 // when the file is missing, unreadable, empty, not a property list, beyond
 // the parser's safe limits, or holds another root. Never throws.
+// Only a regular file is read (opened without waiting, so a FIFO in its
+// place is no file either).
 std::optional<host::Dict> readPlistDictionary(const std::string& nativePath);
+// The same for a file's bytes already read.
+std::optional<host::Dict> plistDictionaryFromBytes(std::string bytes);
 
 // A new libplist tree for `value`; the caller frees it with plist_free. Nil,
 // host objects and blocks have no property-list form, nor a date outside the
@@ -36,6 +40,8 @@ plist_t plistFromValue(const host::Value& value);
 // std::invalid_argument for a value with no property-list form and
 // std::runtime_error naming the path when the file cannot be written.
 void writeBinaryPlist(const std::string& nativePath, const host::Dict& dict);
+// The binary property list's bytes, for a writer of its own (a device root's).
+std::string binaryPlistBytes(const host::Dict& dict);
 void writeXmlPlist(const std::string& nativePath, const host::Dict& dict);
 
 }  // namespace hushwall::linux_platform

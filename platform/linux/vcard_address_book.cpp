@@ -2,9 +2,9 @@
 
 #include <phonenumbers/phonenumberutil.h>
 
+#include <sys/stat.h>
+
 #include <cctype>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "platform/linux/atomic_file.h"
@@ -89,16 +89,36 @@ std::vector<std::string> phoneNumbersInVCards(std::string_view text) {
   return numbers;
 }
 
-VCardAddressBook::VCardAddressBook(std::string nativePath) : path_(std::move(nativePath)) {}
+VCardAddressBook::VCardAddressBook(DeviceRootFileSystem& files, std::string devicePath)
+    : files_(files), path_(std::move(devicePath)) {}
+
+const std::vector<std::string>& VCardAddressBook::storedNumbers() {
+  const DeviceRoot* root = files_.deviceRoot();
+  Fd file = root != nullptr ? root->open(path_, kReadFlags) : Fd();
+  struct stat st {};
+  if (!file || ::fstat(file.get(), &st) != 0 || !S_ISREG(st.st_mode) ||
+      static_cast<std::uint64_t>(st.st_size) > kMaxContactsFileBytes) {
+    version_.reset();
+    numbers_.clear();
+    return numbers_;
+  }
+  const Version now{st.st_dev, st.st_ino, st.st_size, st.st_mtim.tv_sec, st.st_mtim.tv_nsec};
+  if (version_ && *version_ == now) return numbers_;
+  try {
+    numbers_ = phoneNumbersInVCards(readRegularFile(file.get(), path_, kMaxContactsFileBytes));
+    version_ = now;
+  } catch (const DeviceFileError&) {
+    version_.reset();
+    numbers_.clear();
+  }
+  return numbers_;
+}
 
 bool VCardAddressBook::hasPersonMatchingPhoneNumber(const host::OptText& number) {
   if (!number) return false;
-  std::ifstream in(path_, std::ios::binary);
-  if (!in) return false;
-  std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
   const std::string asked = host::toUtf8(*number);
   const PhoneNumberUtil& util = *PhoneNumberUtil::GetInstance();
-  for (const std::string& stored : phoneNumbersInVCards(text)) {
+  for (const std::string& stored : storedNumbers()) {
     switch (util.IsNumberMatchWithTwoStrings(stored, asked)) {
       case PhoneNumberUtil::EXACT_MATCH:
       case PhoneNumberUtil::NSN_MATCH:

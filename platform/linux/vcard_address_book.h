@@ -4,11 +4,16 @@
 #ifndef HUSHWALL_PLATFORM_LINUX_VCARD_ADDRESS_BOOK_H_
 #define HUSHWALL_PLATFORM_LINUX_VCARD_ADDRESS_BOOK_H_
 
+#include <sys/types.h>
+
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/address_book.h"
+#include "platform/linux/device_root_file_system.h"
 
 namespace hushwall::linux_platform {
 
@@ -17,18 +22,37 @@ inline constexpr char kContactsVCardPath[] = "/var/mobile/Library/AddressBook/Co
 
 class VCardAddressBook : public host::AddressBook {
  public:
-  // `nativePath` need not exist yet: a missing file is an empty address book.
-  explicit VCardAddressBook(std::string nativePath);
+  // `devicePath` need not exist yet: a missing file is an empty address book,
+  // and so is anything but a regular file of at most kMaxContactsFileBytes
+  // reached without a link.
+  VCardAddressBook(DeviceRootFileSystem& files, std::string devicePath);
 
-  // Reads the file afresh on every call, as the device opens a new address
-  // book for every lookup, so contacts edited in between are seen. A number
-  // matches a stored one when libphonenumber calls them the same number
-  // (exact, same national number, or one national number a suffix of the
-  // other); an absent number, or one it cannot read as a number, matches none.
+  // Sees the file as it is at every call, as the device opens a new address
+  // book for every lookup, so contacts edited in between are seen; the file
+  // is read again only when it changed (another file, size or time), not
+  // at every lookup. A number matches a stored one when libphonenumber calls
+  // them the same number (exact, same national number, or one national
+  // number a suffix of the other); an absent number, or one it cannot read
+  // as a number, matches none.
   bool hasPersonMatchingPhoneNumber(const host::OptText& number) override;
 
  private:
+  struct Version {
+    dev_t device;
+    ino_t inode;
+    off_t size;
+    std::int64_t seconds, nanoseconds;
+    bool operator==(const Version& o) const {
+      return device == o.device && inode == o.inode && size == o.size && seconds == o.seconds &&
+             nanoseconds == o.nanoseconds;
+    }
+  };
+  const std::vector<std::string>& storedNumbers();
+
+  DeviceRootFileSystem& files_;
   std::string path_;
+  std::optional<Version> version_;
+  std::vector<std::string> numbers_;
 };
 
 // The values of the TEL properties inside BEGIN:VCARD ... END:VCARD blocks, in

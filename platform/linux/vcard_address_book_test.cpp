@@ -20,7 +20,8 @@ class VCardAddressBookTest : public ::testing::Test {
 
   testing::TempDeviceRoot root;
   std::string file = root.path() + "/Contacts.vcf";
-  VCardAddressBook book{file};
+  DeviceRootFileSystem files{root.path()};
+  VCardAddressBook book{files, "/Contacts.vcf"};
 };
 
 TEST_F(VCardAddressBookTest, MatchesANumberHoweverItIsWritten) {
