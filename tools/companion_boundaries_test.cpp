@@ -390,7 +390,9 @@ TEST(CompanionDeviceRoot, LinksOutOfTheRootAndWithinItAreRefused) {
     for (const auto& command : c.commands) {
       std::string err;
       EXPECT_EQ(ctl(device.path(), command, nullptr, &err), c.status) << c.link << " " << command[0];
-      if (c.status != 0) EXPECT_NE(err.find(refused), std::string::npos) << c.link << ": " << err;
+      if (c.status != 0) {
+        EXPECT_NE(err.find(refused), std::string::npos) << c.link << ": " << err;
+      }
     }
     // The library's own reads take a refused file for a missing one; only a
     // bus it cannot reach stops it.
