@@ -12,7 +12,7 @@
 namespace hushwall::macho {
 namespace {
 
-struct Spec {
+struct ImageShape {
   std::size_t codeSize = 3 * 4096 + 5;
   std::uint32_t versionMin = iosVersion(7, 0);
   std::vector<std::string> libraries = {"/usr/lib/libobjc.A.dylib", "/usr/lib/libc++.1.dylib"};
@@ -37,11 +37,11 @@ void segment(Bytes& b, const std::string& name, std::uint64_t fileoff, std::uint
 
 constexpr std::size_t kTextStart = 0x400;  // header padding for the signature's command
 
-Bytes build(const Spec& spec) {
-  const std::size_t textEnd = kTextStart + spec.codeSize;
+Bytes build(const ImageShape& shape) {
+  const std::size_t textEnd = kTextStart + shape.codeSize;
   const std::size_t linkedit = (textEnd + 15) / 16 * 16;
   Bytes strings(1, 0), symbols;
-  for (const auto& [name, ordinal, desc] : spec.imports) {
+  for (const auto& [name, ordinal, desc] : shape.imports) {
     put32(symbols, static_cast<std::uint32_t>(strings.size()));
     symbols.push_back(0x01); symbols.push_back(0);  // N_UNDF | N_EXT
     symbols.push_back(static_cast<std::uint8_t>(desc)); symbols.push_back(ordinal);
@@ -50,25 +50,25 @@ Bytes build(const Spec& spec) {
   }
   Bytes cmds;
   segment(cmds, "__TEXT", 0, textEnd, "__text", kTextStart);
-  if (!spec.constSection.empty()) segment(cmds, "__DATA_CONST", kTextStart, 16, spec.constSection, kTextStart);
+  if (!shape.constSection.empty()) segment(cmds, "__DATA_CONST", kTextStart, 16, shape.constSection, kTextStart);
   segment(cmds, "__LINKEDIT", linkedit, symbols.size() + strings.size(), "", 0);
-  put32(cmds, kVersionMinIphoneos); put32(cmds, 16); put32(cmds, spec.versionMin); put32(cmds, spec.versionMin);
+  put32(cmds, kVersionMinIphoneos); put32(cmds, 16); put32(cmds, shape.versionMin); put32(cmds, shape.versionMin);
   put32(cmds, kSymtab); put32(cmds, 24); put32(cmds, static_cast<std::uint32_t>(linkedit));
-  put32(cmds, static_cast<std::uint32_t>(spec.imports.size()));
+  put32(cmds, static_cast<std::uint32_t>(shape.imports.size()));
   put32(cmds, static_cast<std::uint32_t>(linkedit + symbols.size())); put32(cmds, static_cast<std::uint32_t>(strings.size()));
-  for (const std::string& path : spec.libraries) {
+  for (const std::string& path : shape.libraries) {
     const std::uint32_t size = static_cast<std::uint32_t>((24 + path.size() + 1 + 7) / 8 * 8);
     put32(cmds, kLoadDylib); put32(cmds, size); put32(cmds, 24); put32(cmds, 0); put32(cmds, 0); put32(cmds, 0);
     cmds.insert(cmds.end(), path.begin(), path.end()); cmds.resize(cmds.size() + size - 24 - path.size(), 0);
   }
-  std::uint32_t ncmds = 4 + static_cast<std::uint32_t>(spec.libraries.size()) + !spec.constSection.empty();
-  if (spec.extraCommand != 0) { put32(cmds, spec.extraCommand); put32(cmds, 16); put64(cmds, 0); ++ncmds; }
+  std::uint32_t ncmds = 4 + static_cast<std::uint32_t>(shape.libraries.size()) + !shape.constSection.empty();
+  if (shape.extraCommand != 0) { put32(cmds, shape.extraCommand); put32(cmds, 16); put64(cmds, 0); ++ncmds; }
   Bytes file;
   put32(file, kMagic64); put32(file, kCpuArm64); put32(file, 0); put32(file, 6);
   put32(file, ncmds); put32(file, static_cast<std::uint32_t>(cmds.size())); put32(file, 0); put32(file, 0);
   file.insert(file.end(), cmds.begin(), cmds.end());
   file.resize(kTextStart, 0);
-  for (std::size_t i = 0; i < spec.codeSize; ++i) file.push_back(static_cast<std::uint8_t>(i * 7));
+  for (std::size_t i = 0; i < shape.codeSize; ++i) file.push_back(static_cast<std::uint8_t>(i * 7));
   file.resize(linkedit, 0);
   file.insert(file.end(), symbols.begin(), symbols.end());
   file.insert(file.end(), strings.begin(), strings.end());
@@ -91,9 +91,9 @@ std::string joined(const std::vector<std::string>& problems) {
 TEST(MachOSigner, SignsEveryPageUpToTheSignatureAndCatchesAChangedPage) {
   for (std::size_t codeSize : {std::size_t{1}, 4096 - kTextStart, std::size_t{3 * 4096 + 5}, std::size_t{40 * 4096}}) {
     SCOPED_TRACE(codeSize);
-    Spec spec;
-    spec.codeSize = codeSize;
-    const Bytes signed1 = sign(build(spec), "com.example.test");
+    ImageShape shape;
+    shape.codeSize = codeSize;
+    const Bytes signed1 = sign(build(shape), "com.example.test");
     EXPECT_EQ(joined(checkForPhone(signed1, iosVersion(7, 0))), "");
     const auto [offset, size] = signatureOf(signed1);
     EXPECT_EQ(offset + size, signed1.size());
@@ -112,12 +112,12 @@ TEST(MachOSigner, SignsEveryPageUpToTheSignatureAndCatchesAChangedPage) {
 }
 
 TEST(MachOCheck, RefusesWhatTheFirmwareWouldRefuse) {
-  using SpecChange = std::function<void(Spec&)>;
+  using ImageChange = std::function<void(ImageShape&)>;
   using ByteChange = std::function<void(Bytes&, std::size_t /* CodeDirectory */)>;
   auto setBe32 = [](Bytes& b, std::size_t at, std::uint32_t v) { for (int i = 0; i < 4; ++i) b[at + i] = static_cast<std::uint8_t>(v >> (24 - 8 * i)); };
   const struct {
     const char* expected;
-    SpecChange spec;
+    ImageChange shape;
     ByteChange bytes;
   } cases[] = {
       // SHA-256 as ld64.lld writes it, with as many slots as fit.
@@ -130,26 +130,26 @@ TEST(MachOCheck, RefusesWhatTheFirmwareWouldRefuse) {
       // LC_SOURCE_VERSION, as long as LC_CODE_SIGNATURE, in its place.
       {"no code signature", nullptr, [](Bytes& b, std::size_t) { putLe(b, parseImage(b).find(kCodeSignature)->offset, 0x2a, 4); }},
       {"runs past the end", nullptr, [](Bytes& b, std::size_t) { b.resize(40); }},
-      {"says 8.0, not 7.0", [](Spec& s) { s.versionMin = iosVersion(8, 0); }, nullptr},
-      {"LC_DYLD_CHAINED_FIXUPS", [](Spec& s) { s.extraCommand = kDyldChainedFixups; }, nullptr},
-      {"__DATA_CONST,__objc_classlist", [](Spec& s) { s.constSection = "__objc_classlist"; }, nullptr},
-      {"loads /usr/lib/swift/libswiftCore.dylib", [](Spec& s) { s.libraries.push_back("/usr/lib/swift/libswiftCore.dylib"); }, nullptr},
-      {"sized operator delete", [](Spec& s) { s.imports.emplace_back("__ZdlPvm", 2, 0); }, nullptr},
-      {"std::bad_array_new_length", [](Spec& s) { s.imports.emplace_back("__ZTISt20bad_array_new_length", 2, 0); }, nullptr},
-      {"looked up at run time", [](Spec& s) { s.imports.emplace_back("_MSHookMessageEx", 1, 0); }, nullptr},
-      {"from no library", [](Spec& s) { s.imports.emplace_back("_anything", 0xff, 0); }, nullptr},
+      {"says 8.0, not 7.0", [](ImageShape& s) { s.versionMin = iosVersion(8, 0); }, nullptr},
+      {"LC_DYLD_CHAINED_FIXUPS", [](ImageShape& s) { s.extraCommand = kDyldChainedFixups; }, nullptr},
+      {"__DATA_CONST,__objc_classlist", [](ImageShape& s) { s.constSection = "__objc_classlist"; }, nullptr},
+      {"loads /usr/lib/swift/libswiftCore.dylib", [](ImageShape& s) { s.libraries.push_back("/usr/lib/swift/libswiftCore.dylib"); }, nullptr},
+      {"sized operator delete", [](ImageShape& s) { s.imports.emplace_back("__ZdlPvm", 2, 0); }, nullptr},
+      {"std::bad_array_new_length", [](ImageShape& s) { s.imports.emplace_back("__ZTISt20bad_array_new_length", 2, 0); }, nullptr},
+      {"looked up at run time", [](ImageShape& s) { s.imports.emplace_back("_MSHookMessageEx", 1, 0); }, nullptr},
+      {"from no library", [](ImageShape& s) { s.imports.emplace_back("_anything", 0xff, 0); }, nullptr},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.expected);
-    Spec spec;
-    if (c.spec) c.spec(spec);
-    Bytes file = sign(build(spec), "com.example.test");
+    ImageShape shape;
+    if (c.shape) c.shape(shape);
+    Bytes file = sign(build(shape), "com.example.test");
     if (c.bytes) c.bytes(file, signatureOf(file).first + 28);
     EXPECT_NE(joined(checkForPhone(file, iosVersion(7, 0))).find(c.expected), std::string::npos)
         << joined(checkForPhone(file, iosVersion(7, 0)));
   }
   // Weakly imported, a later symbol is no obstacle: dyld binds it to 0.
-  Spec weak;
+  ImageShape weak;
   weak.imports.emplace_back("__ZdlPvm", 2, 0x0040);
   EXPECT_EQ(joined(checkForPhone(sign(build(weak), "x"), iosVersion(7, 0))), "");
 }
