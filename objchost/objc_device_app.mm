@@ -452,18 +452,8 @@ class Server {
   void run() {
     auto& center = gnustep::darwinNotifyCarrier();
     reply({{"ready", true}, {"busName", center.uniqueName()}});
-    sim::LineReader in(STDIN_FILENO);
-    for (;;) {
-      center.processPending();
-      auto data = center.pollData();
-      pollfd fds[2] = {{STDIN_FILENO, POLLIN, 0}, {data.fd, data.events, 0}};
-      if (::poll(fds, 2, data.getPollTimeout()) <= 0 || fds[0].revents == 0) continue;
-      const bool open = in.fill();
-      while (auto line = in.nextLine()) {
-        if (!handle(*line)) return;
-      }
-      if (!open) return;
-    }
+    sim::serveLines([&center]() -> auto& { return center; },
+                    [this](const std::string& line) { return handle(line); });
   }
 
  private:

@@ -47,19 +47,8 @@ class Server {
   // Serves until "quit", "terminate" or the end of stdin.
   void run() {
     reply({{"ready", true}, {"busName", app_.device().notifyCenter().uniqueName()}});
-    LineReader in(STDIN_FILENO);
-    for (;;) {
-      auto& center = app_.device().notifyCenter();
-      center.processPending();
-      auto data = center.pollData();
-      pollfd fds[2] = {{STDIN_FILENO, POLLIN, 0}, {data.fd, data.events, 0}};
-      if (::poll(fds, 2, data.getPollTimeout()) <= 0 || fds[0].revents == 0) continue;
-      const bool open = in.fill();
-      while (auto line = in.nextLine()) {
-        if (!handle(*line)) return;
-      }
-      if (!open) return;
-    }
+    serveLines([this]() -> auto& { return app_.device().notifyCenter(); },
+               [this](const std::string& line) { return handle(line); });
   }
 
  private:

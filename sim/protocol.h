@@ -5,6 +5,9 @@
 #ifndef HUSHWALL_SIM_PROTOCOL_H_
 #define HUSHWALL_SIM_PROTOCOL_H_
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -33,6 +36,29 @@ class LineReader {
 
 // Writes one message as one line; false when the reader has gone.
 bool writeLine(int fd, const nlohmann::json& message);
+
+// An app's side: serves the requests on stdin while its notification center
+// (`centerOf()`, asked anew each turn) delivers whatever arrives in between,
+// so a notification posted by one step reaches the app before the next step.
+// `handle` takes one request line and says whether to go on; serving ends
+// there or at the end of stdin. Both apps, the simulated one and the
+// Objective-C one, serve through this.
+template <class CenterOf, class Handle>
+void serveLines(CenterOf centerOf, Handle handle) {
+  LineReader in(STDIN_FILENO);
+  for (;;) {
+    auto& center = centerOf();
+    center.processPending();
+    auto data = center.pollData();
+    pollfd fds[2] = {{STDIN_FILENO, POLLIN, 0}, {data.fd, data.events, 0}};
+    if (::poll(fds, 2, data.getPollTimeout()) <= 0 || fds[0].revents == 0) continue;
+    const bool open = in.fill();
+    while (auto line = in.nextLine()) {
+      if (!handle(*line)) return;
+    }
+    if (!open) return;
+  }
+}
 
 }  // namespace hushwall::sim
 
