@@ -2,12 +2,16 @@
 // simulated one (libHushwall.so in hushwall-app) and the Objective-C one
 // (the phone's adapter in the stand-in apps), on each firmware generation's
 // SpringBoard.
-// The final states must be equal but for the differences declared below,
-// each with its reason, and each of those must show: a declared difference
-// that no longer occurs is as wrong as one that is not declared.
+// The simulated device's final state must be the one kept beside the
+// scenario in expected/ (written by `hushwall-sim run --state` and read
+// through once by hand), and the Objective-C device's must equal it but for
+// the differences declared below, each with its reason, and each of those
+// must show: a declared difference that no longer occurs is as wrong as one
+// that is not declared.
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <string>
 #include <vector>
@@ -59,6 +63,11 @@ TEST(BothDevices, EveryScenarioFileEndsAlikeOnBothDevices) {
     sim::SimRun simulated;
     sim::SimResult expected = simulated.playFile(file.string());
     ASSERT_EQ(expected.exitCode, 0) << name << "\n" << expected.errors;
+    std::ifstream kept(file.parent_path() / "expected" / name);
+    ASSERT_TRUE(kept) << "no expected state for " << name;
+    const json diff = json::diff(json::parse(kept), expected.state);
+    EXPECT_TRUE(diff.empty()) << name << " ends otherwise than expected: " << diff.dump(1) << "\n"
+                              << expected.output;
     for (std::size_t i = 0; i < kFirmwareProfileCount; ++i) {
       const std::string firmware = kFirmwareProfiles[i].version;
       SCOPED_TRACE(name + " on firmware " + firmware);

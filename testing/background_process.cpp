@@ -1,4 +1,5 @@
 #include "testing/background_process.h"
+#include "testing/child_process.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -69,6 +70,10 @@ void BackgroundProcess::expectSuccess(int timeoutSeconds) {
   } else {
     EXPECT_EQ(WEXITSTATUS(status), 0) << "background process failed (see its output above)";
   }
+}
+
+void runInChildProcess(const std::function<void()>& body, int timeoutSeconds) {
+  BackgroundProcess(body).expectSuccess(timeoutSeconds);
 }
 
 }  // namespace hushwall::testing
