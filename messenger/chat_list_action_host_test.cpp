@@ -2,6 +2,8 @@
 // confirmation it asks, and what each answer does to the Blacklist table.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "messenger/whatsapp_test_process.h"
 #include "simhost/host_log.h"
 #include "simhost/whatsapp_classes.h"
@@ -31,7 +33,13 @@ Titles buildSheet(simhost::SimulatedApp& app) {
   return titles;
 }
 
-std::string shownMessage(simhost::SimulatedApp& app) {
+// Opens the chat's options, expects the one button `title` on the sheet and
+// taps it; the confirmation's message.
+std::string tap(simhost::SimulatedApp& app, const simhost::OptString& jid,
+                const simhost::OptString& name, const char* title) {
+  openOptions(app, jid, name);
+  EXPECT_EQ(buildSheet(app), Titles{title});
+  simhost::tapButton(title);
   return host::toUtf8(app.device().alerts().shown().back().message);
 }
 
@@ -60,11 +68,10 @@ TEST_F(ChatListActionTest, OneButtonPerNotedChatAndOnlyYesAddsIt) {
     EXPECT_EQ(buildSheet(app), Titles{kAdd});
     simhost::tapButton(kAdd);
     const host::AlertView& alert = app.device().alerts().shown().back();
-    EXPECT_EQ(alert.title, host::T("Hushwall"));
-    EXPECT_EQ(shownMessage(app), "Would you like to blacklist Bob (34600111222) ?");
-    EXPECT_EQ(alert.cancelButtonTitle, host::T("No"));
+    EXPECT_EQ(host::toUtf8(alert.message), "Would you like to blacklist Bob (34600111222) ?");
+    EXPECT_EQ(std::tie(alert.title, alert.cancelButtonTitle, alert.tag),
+              std::make_tuple(host::T("Hushwall"), host::T("No"), 989898));
     EXPECT_EQ(alert.otherButtonTitles, std::vector<host::Text>{host::T("Yes")});
-    EXPECT_EQ(alert.tag, 989898);
     EXPECT_TRUE(buildSheet(app).empty());  // the next sheet is some other sheet
     app.device().alerts().answer(0);
     ASSERT_TRUE(posted.settle());
@@ -72,10 +79,8 @@ TEST_F(ChatListActionTest, OneButtonPerNotedChatAndOnlyYesAddsIt) {
     EXPECT_TRUE(device.blacklist().empty());
 
     // A chat without a name label.
-    openOptions(app, "34600333444@s.whatsapp.net", std::nullopt);
-    EXPECT_EQ(buildSheet(app), Titles{kAdd});
-    simhost::tapButton(kAdd);
-    EXPECT_EQ(shownMessage(app), "Would you like to blacklist Anonymous (34600333444) ?");
+    EXPECT_EQ(tap(app, "34600333444@s.whatsapp.net", std::nullopt, kAdd),
+              "Would you like to blacklist Anonymous (34600333444) ?");
     app.device().alerts().answer(1);
     EXPECT_EQ(device.blacklist(), (std::vector<BlacklistRow>{{"Anonymous", "34600333444"}}));
     ASSERT_TRUE(posted.waitFor(kContactsChanged));
@@ -90,19 +95,15 @@ TEST_F(ChatListActionTest, RemoveDeletesTheStoredEntryThatCoversTheChat) {
   device.addToBlacklist("612345678", "Carl");
   device.writeFlags({{"ActionButton", true}});
   inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter& posted) {
-    openOptions(app, "34612345678@s.whatsapp.net", "Carl");
-    EXPECT_EQ(buildSheet(app), Titles{kRemove});
-    simhost::tapButton(kRemove);
-    EXPECT_EQ(shownMessage(app), "Would you like to unblacklist Carl (34612345678) ?");
+    EXPECT_EQ(tap(app, "34612345678@s.whatsapp.net", "Carl", kRemove),
+              "Would you like to unblacklist Carl (34612345678) ?");
     EXPECT_EQ(app.device().alerts().shown().back().tag, 979797);
     app.device().alerts().answer(0);
     ASSERT_TRUE(posted.settle());
     EXPECT_EQ(posted.count(kContactsChanged), 0);
     EXPECT_EQ(device.blacklist().size(), 2u);
 
-    openOptions(app, "34612345678@s.whatsapp.net", "Carl");
-    EXPECT_EQ(buildSheet(app), Titles{kRemove});
-    simhost::tapButton(kRemove);
+    tap(app, "34612345678@s.whatsapp.net", "Carl", kRemove);
     app.device().alerts().answer(1);
     EXPECT_EQ(device.blacklist(), (std::vector<BlacklistRow>{{"Zed", "699999999"}}));
     ASSERT_TRUE(posted.waitFor(kContactsChanged));

@@ -1,9 +1,15 @@
 // The chat purge inside a WhatsApp process: chats found through the
 // messenger's own message database are deleted before the app handles its
-// move to the background or its end.
+// move to the background or its end. The purge pastes each entry between
+// LIKE wildcards without escaping; it must still delete only chats whose JID
+// holds an entry literally, never write to the messenger's database, and
+// shrug off a database it cannot use.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <set>
 
 #include "messenger/whatsapp_test_process.h"
@@ -12,6 +18,7 @@
 namespace hushwall::testing {
 namespace {
 
+namespace fs = std::filesystem;
 using host::Value;
 using simhost::hostLog;
 using Chats = std::set<std::string>;
@@ -33,6 +40,21 @@ void underTheHook(simhost::SimulatedApp& app) {
 
 void background(simhost::SimulatedApp& app, const Value& delegate) {
   app.send(delegate, "applicationDidEnterBackground:", {app.make("NSObject")});
+}
+
+// The messenger's message database: one message to and one from each JID.
+void writeChats(const TestDevice& device, const Chats& jids) {
+  std::vector<std::pair<std::optional<std::string>, std::optional<std::string>>> rows;
+  for (const std::string& jid : jids) {
+    rows.push_back({jid, "me@s.whatsapp.net"});
+    rows.push_back({"me@s.whatsapp.net", jid});
+  }
+  device.writeChatStorage(rows);
+}
+
+std::string contentsOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 class ChatPurgeTest : public ::testing::Test {
@@ -71,7 +93,7 @@ TEST_F(ChatPurgeTest, EveryChatOfABlacklistedNumberGoesOnceBeforeTheAppHandlesTh
     // none is made.
     background(app, delegate);
     EXPECT_EQ(hostLog().chats.size(), 4u);
-    EXPECT_FALSE(std::filesystem::exists(device.native(kChatStorage)));
+    EXPECT_FALSE(fs::exists(device.native(kChatStorage)));
 
     device.writeChatStorage({{"34612345678@s.whatsapp.net", ""},
                              {"34612345678@s.whatsapp.net", ""},
@@ -92,6 +114,74 @@ TEST_F(ChatPurgeTest, EveryChatOfABlacklistedNumberGoesOnceBeforeTheAppHandlesTh
     EXPECT_EQ(hostLog().refreshes, 3);
     EXPECT_EQ(hostLog().terminated, 1);
   }, underTheHook);
+}
+
+TEST_F(ChatPurgeTest, EntriesWithQuotesAndWildcardsDeleteOnlyLiteralMatches) {
+  // Each entry is hostile to the query it is pasted into.
+  for (const char* entry : {
+           "4917'012345",                    // a quote breaks the query: nothing found
+           "it's",                           // the same, although a chat holds it literally
+           "' OR ''='",                      // closes the quotes: every row comes back
+           "'; DELETE FROM ZWAMESSAGE; --",  // a second statement, never run
+           "491%345",                        // '%' widens the LIKE to 4917012345
+           "49_7",                           // '_' widens it too
+           "S.WHATSAPP.NET",                 // LIKE ignores case, the containment test does not
+           "",                               // matches every row and no JID
+           "%", "_",                         // each literally in one JID only
+       }) {
+    device.addToBlacklist(entry);
+  }
+  const Chats kept{"4917012345@s.whatsapp.net", "4930999@s.whatsapp.net", "it's-me@g.us"};
+  const Chats literal{"100%@s.whatsapp.net", "team_a@g.us"};
+  Chats all = kept;
+  all.insert(literal.begin(), literal.end());
+  writeChats(device, all);
+  const std::string storageBefore = contentsOf(device.native(kChatStorage));
+
+  inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter&) {
+    hostLog().chats = all;
+    background(app, app.make("WhatsAppAppDelegate"));
+    EXPECT_EQ(hostLog().chats, kept);
+    EXPECT_EQ(hostLog().refreshes, static_cast<int>(literal.size()));
+    EXPECT_EQ(hostLog().backgrounded, 1);
+  });
+  // The messenger's database is only ever read.
+  EXPECT_EQ(contentsOf(device.native(kChatStorage)), storageBefore);
+  std::printf("hushwall-figure: purge: 10 hostile blacklist entries deleted only the %zu chats "
+              "holding one literally; the messenger's database untouched\n",
+              literal.size());
+}
+
+TEST_F(ChatPurgeTest, AMessageDatabaseItCannotUseDeletesNothingUntilItIsSound) {
+  device.addToBlacklist("4917012345");
+  const std::string storage = device.native(kChatStorage);
+  const Chats both{"4917012345@s.whatsapp.net", "4930999@s.whatsapp.net"};
+  const std::vector<std::pair<const char*, std::function<void()>>> faults = {
+      {"no ZWAMESSAGE table",
+       [&] { execSql(storage, "CREATE TABLE ZWACHATSESSION (ZCONTACTJID TEXT)"); }},
+      {"ZWAMESSAGE without its columns", [&] { execSql(storage, "CREATE TABLE ZWAMESSAGE (x)"); }},
+      {"random bytes", [&] { std::ofstream(storage) << std::string(8192, '\x5a'); }},
+      {"cut short", [&] { writeChats(device, both), fs::resize_file(storage, 1000); }},
+      {"a directory in its place", [&] { fs::create_directory(storage); }},
+  };
+  for (const auto& [name, make] : faults) {
+    fs::remove_all(storage);
+    fs::create_directories(fs::path(storage).parent_path());
+    make();
+    const std::string fault = name;  // a lambda may not capture a structured binding
+    inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter&) {
+      hostLog().chats = both;
+      background(app, app.make("WhatsAppAppDelegate"));
+      EXPECT_EQ(hostLog().chats, both) << fault;
+      EXPECT_EQ(hostLog().backgrounded, 1) << fault;  // the app still handles the event
+      // The messenger writes a sound database while it runs: the next trip
+      // to the background purges as usual.
+      writeChats(device, both);
+      background(app, app.make("WhatsAppAppDelegate"));
+      EXPECT_EQ(hostLog().chats, Chats{"4930999@s.whatsapp.net"}) << fault;
+    });
+  }
+  std::printf("hushwall-figure: purge: %zu unusable message databases survived\n", faults.size());
 }
 
 }  // namespace

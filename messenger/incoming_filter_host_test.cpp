@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <tuple>
 
 #include "messenger/whatsapp_test_process.h"
 #include "simhost/host_log.h"
@@ -35,10 +36,32 @@ void underTheHook(simhost::SimulatedApp& app) {
                             "processIncomingMessageStanzas:", recordDelivery, &hostDelivery);
 }
 
-Value deliver(simhost::SimulatedApp& app, const Value& connection, host::Array stanzas) {
-  Value batch = Value::array(std::move(stanzas));
-  app.send(connection, "processIncomingMessageStanzas:", {batch});
+// A stanza as the server sends it; Ann's messages come from a blacklisted number.
+struct In {
+  std::string id;
+  simhost::OptString from, text, nick;
+  double sent;
+  std::optional<Media> media = std::nullopt;
+};
+In ann(const std::string& id, const simhost::OptString& text, double sent,
+       std::optional<Media> media = std::nullopt) {
+  return {id, kBlocked, text, "Ann", sent, std::move(media)};
+}
+
+// One batch handed to the messenger's connection.
+Value deliver(simhost::SimulatedApp& app, const std::vector<In>& stanzas) {
+  host::Array array;
+  for (const In& s : stanzas) {
+    array.push_back(makeStanza(app.runtime(), s.id, s.from, s.text, s.nick, s.sent, s.media));
+  }
+  Value batch = Value::array(std::move(array));
+  app.send(app.make("XMPPConnection"), "processIncomingMessageStanzas:", {batch});
   return batch;
+}
+
+auto fields(const HistoryRow& r) {
+  return std::tie(r.phoneNumber, r.name, r.message, r.date, r.blockType, r.mediaType,
+                  r.mediaFileName, r.mediaURL, r.isMine);
 }
 
 int filesIn(const std::string& folder) {
@@ -59,10 +82,8 @@ class IncomingFilterTest : public ::testing::Test {
 TEST_F(IncomingFilterTest, SwitchedOffHandsOnTheVeryBatchAndDoesNothingElse) {
   device.writeFlags({{"Enabled", false}, {"Vibrate", true}, {"ShowStatusbarIcon", true}});
   inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter& posted) {
-    Value connection = app.make("XMPPConnection");
-    Value batch = deliver(app, connection,
-                          {makeStanza(app.runtime(), "b1", kBlocked, "hi", "Ann", 1400000000.0),
-                           makeStanza(app.runtime(), "p1", kClean, "yo", "Bo", 1400000001.0)});
+    Value batch = deliver(app, {ann("b1", "hi", 1400000000.0),
+                                {"p1", kClean, "yo", "Bo", 1400000001.0}});
     EXPECT_TRUE(deliveredBatch.isSameObject(batch));
     EXPECT_EQ(hostLog().delivered, std::vector<Ids>{Ids({"b1", "p1"})});
     EXPECT_TRUE(hostLog().receipts.empty());
@@ -78,14 +99,9 @@ TEST_F(IncomingFilterTest, MixedBatchIsSplitInOrderAndBlockedMessagesAreRecorded
   // Not a multiple of 128 s, so the single-precision rounding shows.
   const double sent = 1400000100.75;
   inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter& posted) {
-    auto& rt = app.runtime();
-    Value connection = app.make("XMPPConnection");
-    Value batch = deliver(app, connection,
-                          {makeStanza(rt, "p1", kClean, "one", "Pat", sent),
-                           makeStanza(rt, "b1", kBlocked, "hello", "Ann", sent),
-                           makeStanza(rt, "p2", kClean, "two", "Pat", sent),
-                           makeStanza(rt, "b2", "612345678@s.whatsapp.net", "bare", std::nullopt,
-                                      sent + 1000)});
+    Value batch = deliver(app, {{"p1", kClean, "one", "Pat", sent}, ann("b1", "hello", sent),
+                                {"p2", kClean, "two", "Pat", sent},
+                                {"b2", "612345678@s.whatsapp.net", "bare", {}, sent + 1000}});
     EXPECT_EQ(hostLog().delivered, std::vector<Ids>{Ids({"p1", "p2"})});
     EXPECT_FALSE(deliveredBatch.isSameObject(batch));
     EXPECT_EQ(hostLog().receipts, std::vector<Ids>{Ids({"b1", "b2"})});
@@ -94,7 +110,7 @@ TEST_F(IncomingFilterTest, MixedBatchIsSplitInOrderAndBlockedMessagesAreRecorded
     EXPECT_TRUE(posted.waitFor(kNewMessagedAdded));
 
     // A batch blocked whole never reaches the messenger, not even empty.
-    deliver(app, connection, {makeStanza(rt, "b3", kBlocked, "three", "Ann", sent + 2000)});
+    deliver(app, {ann("b3", "three", sent + 2000)});
     EXPECT_EQ(hostLog().delivered.size(), 1u);
     EXPECT_EQ(hostLog().receipts.back(), Ids{"b3"});
     ASSERT_TRUE(posted.settle());
@@ -103,22 +119,13 @@ TEST_F(IncomingFilterTest, MixedBatchIsSplitInOrderAndBlockedMessagesAreRecorded
 
   auto rows = device.history();
   ASSERT_EQ(rows.size(), 3u);
-  EXPECT_EQ(rows[0].phoneNumber, "34612345678");
-  EXPECT_EQ(rows[0].name, "Ann");
-  EXPECT_EQ(rows[0].message, "hello");
-  EXPECT_EQ(rows[0].date, static_cast<double>(static_cast<float>(sent)));
-  EXPECT_NE(rows[0].date, sent);
-  EXPECT_EQ(rows[0].blockType, 0);  // the record's block type is filed under another key
-  EXPECT_EQ(rows[0].isMine, 0);
-  EXPECT_EQ(rows[0].mediaType, 0);
-  EXPECT_EQ(rows[0].mediaFileName, "");
-  EXPECT_EQ(rows[0].mediaURL, "");
-  // Without a nickname the record ends after the number.
-  EXPECT_EQ(rows[1].phoneNumber, "612345678");
-  EXPECT_EQ(rows[1].name, std::nullopt);
-  EXPECT_EQ(rows[1].message, std::nullopt);
-  EXPECT_EQ(rows[1].date, 0.0);
-  EXPECT_EQ(rows[1].mediaFileName, std::nullopt);
+  // The record's block type is filed under another key; the date is rounded
+  // to a float. Without a nickname the record ends after the number.
+  EXPECT_EQ(fields(rows[0]), std::make_tuple("34612345678", "Ann", "hello",
+                                             static_cast<double>(static_cast<float>(sent)), 0, 0,
+                                             "", "", 0));
+  EXPECT_EQ(fields(rows[1]), std::make_tuple("612345678", std::nullopt, std::nullopt, 0.0, 0, 0,
+                                             std::nullopt, std::nullopt, 0));
 }
 
 TEST_F(IncomingFilterTest, RepeatsAndOtherMediaSilenceTheRestOfTheirBatch) {
@@ -126,31 +133,22 @@ TEST_F(IncomingFilterTest, RepeatsAndOtherMediaSilenceTheRestOfTheirBatch) {
   const double t = 1400000000.0;  // a multiple of 128 s: stored exactly
   const host::Bytes picture{0x89, 'P', 'N', 'G'};
   inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter& posted) {
-    auto& rt = app.runtime();
-    Value connection = app.make("XMPPConnection");
     auto vibrations = [&] { return app.device().systemSounds().vibrations(); };
-
-    deliver(app, connection, {makeStanza(rt, "a1", kBlocked, "again", "Ann", t)});
+    deliver(app, {ann("a1", "again", t)});
     EXPECT_EQ(vibrations(), 1);
     // The server redelivers: a repeat within two minutes is not recorded and
     // does not buzz again.
-    deliver(app, connection, {makeStanza(rt, "a2", kBlocked, "again", "Ann", t + 10)});
+    deliver(app, {ann("a2", "again", t + 10)});
     EXPECT_EQ(vibrations(), 1);
     // A voice note makes the whole rest of the batch go unrecorded.
-    deliver(app, connection,
-            {makeStanza(rt, "v1", kBlocked, std::nullopt, "Ann", t + 20, Media{2, "u:v", {1}}),
-             makeStanza(rt, "a3", kBlocked, "after voice", "Ann", t + 30)});
+    deliver(app, {ann("v1", {}, t + 20, Media{2, "u:v", {1}}), ann("a3", "after voice", t + 30)});
     EXPECT_EQ(vibrations(), 1);
     // A picture after a repeat is saved, but not recorded.
-    deliver(app, connection,
-            {makeStanza(rt, "a4", kBlocked, "again", "Ann", t + 40),
-             makeStanza(rt, "i1", kBlocked, std::nullopt, "Ann", t + 50,
-                        Media{1, "u:1", picture})});
+    deliver(app, {ann("a4", "again", t + 40), ann("i1", {}, t + 50, Media{1, "u:1", picture})});
     EXPECT_EQ(vibrations(), 1);
     EXPECT_EQ(filesIn(device.native(kPictureFolder)), 1);
 
-    deliver(app, connection,
-            {makeStanza(rt, "i2", kBlocked, "look", "Ann", t + 60, Media{1, "u:2", picture})});
+    deliver(app, {ann("i2", "look", t + 60, Media{1, "u:2", picture})});
     EXPECT_EQ(vibrations(), 2);
     EXPECT_EQ(filesIn(device.native(kPictureFolder)), 2);
     EXPECT_TRUE(hostLog().delivered.empty());
@@ -176,12 +174,9 @@ TEST_F(IncomingFilterTest, WithHistoryOffPicturesAreStillSavedAndTheUserStillTol
   device.writeFlags({{"Enabled", true}, {"SaveHistory", false}, {"Vibrate", true},
                      {"ShowStatusbarIcon", true}});
   inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter& posted) {
-    auto& rt = app.runtime();
-    Value connection = app.make("XMPPConnection");
-    deliver(app, connection, {makeStanza(rt, "i1", kBlocked, std::nullopt, "Ann", 1400000000.0,
-                                         Media{1, "u", {7}})});
+    deliver(app, {ann("i1", {}, 1400000000.0, Media{1, "u", {7}})});
     EXPECT_EQ(filesIn(device.native(kPictureFolder)), 1);
-    deliver(app, connection, {makeStanza(rt, "t1", kBlocked, "hi", "Ann", 1400000000.0)});
+    deliver(app, {ann("t1", "hi", 1400000000.0)});
     EXPECT_EQ(app.device().systemSounds().vibrations(), 2);
     ASSERT_TRUE(posted.settle());
     EXPECT_EQ(posted.count(kAddStatusBarIcon), 2);
