@@ -111,25 +111,6 @@ TEST_F(PlistFileTest, ReadsAHandWrittenXmlPropertyList) {
                 {T("Inner"), Value::dictionary({{T("Off"), Value::string(T("NO"))}})}}));
 }
 
-TEST_F(PlistFileTest, AnythingButADictionaryPropertyListReadsAsNothing) {
-  EXPECT_FALSE(readPlistDictionary(file("missing.plist")));
-  EXPECT_FALSE(readPlistDictionary(root.path()));  // a directory
-  writeBinaryPlist(file("whole.plist"), {{T("Enabled"), Value::boolean(true)},
-                                         {T("Name"), Value::string(T("abc"))}});
-  ASSERT_TRUE(readPlistDictionary(file("whole.plist")));
-  writeXmlPlist(file("whole.xml"), {{T("Enabled"), Value::boolean(true)}});
-  const std::string whole = readAll(file("whole.plist")), xml = readAll(file("whole.xml"));
-  std::vector<std::string> damaged = {
-      "", std::string("\x00\xFF\x13<dict>bplist00\x7F", 15),
-      std::string(kXmlHead) + "<array><true/></array></plist>",  // not a dictionary
-      xml.substr(0, xml.find("<true/>") + 3)};
-  for (std::size_t cut = 1; cut < whole.size(); ++cut) damaged.push_back(whole.substr(0, cut));
-  for (const std::string& bytes : damaged) {
-    writeAll(file("damaged.plist"), bytes);
-    EXPECT_FALSE(readPlistDictionary(file("damaged.plist"))) << bytes.size() << " bytes: " << bytes;
-  }
-}
-
 TEST_F(PlistFileTest, HostileNestingAndSizesAreRefusedQuicklyAndWithoutCrashing) {
   auto nestedXml = [](int levels, bool closed) {
     std::string body;
