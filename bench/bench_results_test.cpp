@@ -5,37 +5,33 @@
 namespace hushwall::bench {
 namespace {
 
-nlohmann::json run(const std::string& name, int repetition, double time, const char* unit,
+nlohmann::json run(const std::string& name, int repetition, double time, const char* unit = "ms",
                    const char* type = "iteration") {
   return {{"name", name}, {"run_name", name},        {"run_type", type},
           {"repetition_index", repetition},          {"real_time", time},
           {"cpu_time", time}, {"time_unit", unit},   {"iterations", 10}};
 }
 
-TEST(BenchResultsTest, RunsAreFoundByTheirRegisteredNameAndAggregatesAreSkipped) {
-  nlohmann::json output = {{"benchmarks",
-                            {run("a/manual_time", 0, 2.0, "ms"), run("a/manual_time", 1, 4.0, "ms"),
-                             run("a/manual_time", 0, 999.0, "ms", "aggregate"),
-                             run("b/real_time", 0, 500.0, "us"), run("c/iterations:1", 0, 3.0, "s")}}};
-  BenchResults results;
-  addResults(output, results);
-  ASSERT_EQ(results.runs.count("a"), 1u);
+BenchResults resultsOf(std::vector<nlohmann::json> runs, BenchResults results = {}, int round = 0) {
+  addResults({{"benchmarks", runs}}, results, round);
+  return results;
+}
+
+TEST(BenchResultsTest, RunsAreFoundByTheirRegisteredNameCountersAndErrorsAreKept) {
+  nlohmann::json counted = run("w", 0, 1.0, "s"), failed = run("f", 0, 0.0, "ns");
+  counted["fds_after"] = 12.0;
+  counted["label"] = "not a counter";
+  failed["error_occurred"] = true;
+  failed["error_message"] = "the writing process failed";
+  BenchResults results = resultsOf(
+      {run("a/manual_time", 0, 2.0), run("a/manual_time", 1, 4.0),
+       run("a/manual_time", 0, 999.0, "ms", "aggregate"),  // aggregates are skipped
+       run("b/real_time", 0, 500.0, "us"), run("c/iterations:1", 0, 3.0, "s"), counted, failed});
   EXPECT_EQ(results.runs["a"].size(), 2u);
   EXPECT_DOUBLE_EQ(*medianSeconds(results, "a"), 0.003);
   EXPECT_DOUBLE_EQ(*medianSeconds(results, "b"), 0.0005);
   EXPECT_DOUBLE_EQ(*medianSeconds(results, "c"), 3.0);
   EXPECT_FALSE(medianSeconds(results, "missing").has_value());
-}
-
-TEST(BenchResultsTest, CountersAndErrorsAreKept) {
-  nlohmann::json counted = run("w", 0, 1.0, "s");
-  counted["fds_after"] = 12.0;
-  counted["label"] = "not a counter";
-  nlohmann::json failed = run("f", 0, 0.0, "ns");
-  failed["error_occurred"] = true;
-  failed["error_message"] = "the writing process failed";
-  BenchResults results;
-  addResults({{"benchmarks", {counted, failed}}}, results);
   EXPECT_EQ(*medianCounter(results, "w", "fds_after"), 12.0);
   EXPECT_FALSE(medianCounter(results, "w", "iterations").has_value());
   EXPECT_FALSE(medianCounter(results, "w", "label").has_value());
@@ -50,29 +46,21 @@ TEST(BenchResultsTest, MedianOfOddAndEvenCounts) {
   EXPECT_EQ(*median({4.0, 1.0, 3.0, 2.0}), 2.5);
 }
 
-TEST(BenchResultsTest, RatiosArePairedByRepetitionNotByMedians) {
+TEST(BenchResultsTest, RatiosArePairedByRepetitionWithinARoundNotByMedians) {
   // Baseline and figure drift together: each pair is 2x, while the ratio of
-  // the medians (4 / 1.5) would not be.
-  nlohmann::json output = {{"benchmarks",
-                            {run("fig", 0, 2.0, "ms"), run("fig", 1, 4.0, "ms"),
-                             run("fig", 2, 200.0, "ms"), run("fig", 3, 6.0, "ms"),
-                             run("base", 0, 1.0, "ms"), run("base", 1, 2.0, "ms"),
-                             run("base", 2, 100.0, "ms"),
-                             // repetition 3 of the baseline is missing: no pair
-                             run("base", 4, 1.0, "ms")}}};
-  BenchResults results;
-  addResults(output, results);
+  // the medians (4 / 1.5) would not be. Repetition 3 of the baseline is
+  // missing: no pair.
+  BenchResults results = resultsOf({run("fig", 0, 2.0), run("fig", 1, 4.0), run("fig", 2, 200.0),
+                                    run("fig", 3, 6.0), run("base", 0, 1.0), run("base", 1, 2.0),
+                                    run("base", 2, 100.0), run("base", 4, 1.0)});
   EXPECT_DOUBLE_EQ(*pairedRatio(results, "fig", "base"), 2.0);
   EXPECT_FALSE(pairedRatio(results, "fig", "nothing").has_value());
-}
 
-TEST(BenchResultsTest, RoundsAreKeptApartAndPairWithinThemselves) {
-  BenchResults results;
   // Each round ran once (repetition 0); the second round ran on a slower
-  // machine, both sides alike.
-  addResults({{"benchmarks", {run("fig", 0, 3.0, "ms"), run("base", 0, 1.0, "ms")}}}, results, 0);
-  addResults({{"benchmarks", {run("fig", 0, 30.0, "ms"), run("base", 0, 10.0, "ms")}}}, results, 1);
-  addResults({{"benchmarks", {run("fig", 0, 300.0, "ms")}}}, results, 2);  // no baseline ran
+  // machine, both sides alike; in the third no baseline ran.
+  results = resultsOf({run("fig", 0, 3.0), run("base", 0, 1.0)});
+  results = resultsOf({run("fig", 0, 30.0), run("base", 0, 10.0)}, results, 1);
+  results = resultsOf({run("fig", 0, 300.0)}, results, 2);
   EXPECT_EQ(results.runs["fig"].size(), 3u);
   EXPECT_DOUBLE_EQ(*medianSeconds(results, "fig"), 0.03);
   EXPECT_DOUBLE_EQ(*pairedRatio(results, "fig", "base"), 3.0);

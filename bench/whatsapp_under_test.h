@@ -28,8 +28,6 @@ class WhatsAppUnderTest {
  public:
   // Starts the device and the app and loads the library at `libraryPath`.
   explicit WhatsAppUnderTest(const std::string& libraryPath);
-  WhatsAppUnderTest(const WhatsAppUnderTest&) = delete;
-  WhatsAppUnderTest& operator=(const WhatsAppUnderTest&) = delete;
 
   simhost::SimulatedApp& app() { return app_; }
   const testing::TestDevice& device() const { return device_; }

@@ -20,13 +20,10 @@ Value classDescribe(const Value&, const Selector&, const Args&) { return str("cl
 
 // A hook reaches the implementation it replaced only through its slot, as on
 // the device; one slot per hook.
-IMP speakSlot = nullptr;
-Value hookedSpeak(const Value& self, const Selector& cmd, const Args& args) {
-  return str(("hook+" + host::toUtf8(*speakSlot(self, cmd, args).text())).c_str());
-}
-IMP describeSlot = nullptr;
-Value hookedDescribe(const Value& self, const Selector& cmd, const Args& args) {
-  return str(("hook+" + host::toUtf8(*describeSlot(self, cmd, args).text())).c_str());
+IMP speakSlot = nullptr, describeSlot = nullptr;
+template <IMP* slot>
+Value hooked(const Value& self, const Selector& cmd, const Args& args) {
+  return str(("hook+" + host::toUtf8(*(*slot)(self, cmd, args).text())).c_str());
 }
 Value added(const Value&, const Selector&, const Args&) { return str("added"); }
 
@@ -37,8 +34,7 @@ std::string said(ObjectRuntime& rt, const Value& receiver, const Selector& sel) 
 class ObjectRuntimeTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    speakSlot = nullptr;
-    describeSlot = nullptr;
+    speakSlot = describeSlot = nullptr;
     rt.registerClass("Animal");
     rt.registerClass("Cat", "Animal");
     rt.registerClass("Kitten", "Cat");
@@ -70,41 +66,33 @@ TEST_F(ObjectRuntimeTest, DispatchFollowsTheSuperclassChain) {
   EXPECT_THROW(rt.registerClass("Cat"), std::invalid_argument);
 }
 
-TEST_F(ObjectRuntimeTest, HookRunsInPlaceAndReachesTheOriginalThroughItsSlot) {
-  Value animal = rt.newObject("Animal");
-  Value cat = rt.newObject("Cat");
+TEST_F(ObjectRuntimeTest, HooksRunInPlaceReachTheOriginalThroughTheirSlotAndNeedWhatTheyHook) {
   // Hooking an inherited method puts the hook on the subclass only.
-  rt.hookMessage(rt.getClass("Cat"), "speak", hookedSpeak, &speakSlot);
+  rt.hookMessage(rt.getClass("Cat"), "speak", hooked<&speakSlot>, &speakSlot);
   ASSERT_EQ(speakSlot, &animalSpeak);
-  EXPECT_EQ(said(rt, cat, "speak"), "hook+animal");
+  EXPECT_EQ(said(rt, rt.newObject("Cat"), "speak"), "hook+animal");
   EXPECT_EQ(said(rt, rt.newObject("Kitten"), "speak"), "hook+animal");
-  EXPECT_EQ(said(rt, animal, "speak"), "animal");
+  EXPECT_EQ(said(rt, rt.newObject("Animal"), "speak"), "animal");
   EXPECT_EQ(rt.typeEncoding(rt.getClass("Cat"), "speak"), "@@:");
-}
-
-TEST_F(ObjectRuntimeTest, ClassMethodHookGoesThroughTheMetaClass) {
-  rt.addHostMethod("Animal", "describe", animalSpeak);  // an instance method of the same name
-  Value meta = rt.getMetaClass(rt.getClass("Animal"));
-  ASSERT_FALSE(meta.isNil());
-  EXPECT_FALSE(meta.isSameObject(rt.getClass("Animal")));
 
   // The meta-class hook replaces the class method only, not the instance
   // method of the same name.
-  rt.hookMessage(meta, "describe", hookedDescribe, &describeSlot);
+  rt.addHostMethod("Animal", "describe", animalSpeak);
+  Value meta = rt.getMetaClass(rt.getClass("Animal"));
+  ASSERT_FALSE(meta.isNil());
+  EXPECT_FALSE(meta.isSameObject(rt.getClass("Animal")));
+  rt.hookMessage(meta, "describe", hooked<&describeSlot>, &describeSlot);
   EXPECT_EQ(describeSlot, &classDescribe);
   EXPECT_EQ(said(rt, rt.getClass("Animal"), "describe"), "hook+class");
   EXPECT_EQ(said(rt, rt.newObject("Animal"), "describe"), "animal");
-}
 
-TEST_F(ObjectRuntimeTest, MissingClassOrSelectorChangesNothing) {
-  rt.hookMessage(rt.getClass("Missing"), "speak", hookedSpeak, &speakSlot);
-  EXPECT_EQ(speakSlot, nullptr);
-  EXPECT_FALSE(rt.addMethod(rt.getClass("Missing"), "speak", added, "v@:"));
-
-  // A selector the class does not answer is not hooked: it stays unanswered.
-  rt.hookMessage(rt.getClass("Cat"), "purr", hookedSpeak, &speakSlot);
-  EXPECT_EQ(speakSlot, nullptr);
+  // A missing class, or a selector the class does not answer, is not hooked.
+  IMP none = nullptr;
+  rt.hookMessage(rt.getClass("Missing"), "speak", hooked<&speakSlot>, &none);
+  rt.hookMessage(rt.getClass("Cat"), "purr", hooked<&speakSlot>, &none);
+  EXPECT_EQ(none, nullptr);
   EXPECT_THROW(rt.send(rt.newObject("Cat"), "purr", {}), UnrecognizedSelector);
+  EXPECT_FALSE(rt.addMethod(rt.getClass("Missing"), "speak", added, "v@:"));
 }
 
 TEST_F(ObjectRuntimeTest, AddMethodKeepsAnOwnMethodAndRecordsItsTypes) {
@@ -125,18 +113,17 @@ TEST_F(ObjectRuntimeTest, AddMethodKeepsAnOwnMethodAndRecordsItsTypes) {
 }
 
 TEST_F(ObjectRuntimeTest, UnansweredMessagesFailAsOnThePlatformAndNilAnswersNil) {
-  try {
-    rt.send(rt.newObject("Kitten"), "purr:", {Value()});
-    FAIL() << "no failure";
-  } catch (const UnrecognizedSelector& e) {
-    EXPECT_STREQ(e.what(), "-[Kitten purr:]: unrecognized selector sent to instance");
-  }
-  try {
-    rt.send(rt.getClass("Cat"), "purr", {});
-    FAIL() << "no failure";
-  } catch (const UnrecognizedSelector& e) {
-    EXPECT_STREQ(e.what(), "+[Cat purr]: unrecognized selector sent to class");
-  }
+  auto failure = [&](const Value& receiver, const Selector& sel, const Args& args) {
+    try {
+      rt.send(receiver, sel, args);
+    } catch (const UnrecognizedSelector& e) {
+      return std::string(e.what());
+    }
+    return std::string("no failure");
+  };
+  EXPECT_EQ(failure(rt.newObject("Kitten"), "purr:", {Value()}),
+            "-[Kitten purr:]: unrecognized selector sent to instance");
+  EXPECT_EQ(failure(rt.getClass("Cat"), "purr", {}), "+[Cat purr]: unrecognized selector sent to class");
   EXPECT_THROW(rt.send(str("text"), "speak", {}), UnrecognizedSelector);
   EXPECT_TRUE(rt.send(Value(), "speak", {}).isNil());
   EXPECT_TRUE(rt.send(Value(), "purr", {}).isNil());

@@ -59,22 +59,17 @@ class PlistFileTest : public ::testing::Test {
 
 TEST_F(PlistFileTest, BinaryAndXmlRoundTripASettingsDictionary) {
   host::Dict settings{
-      {T("Enabled"), Value::boolean(true)},
-      {T("SaveHistory"), Value::boolean(false)},
-      {T("Vibrate"), Value::string(T("YES"))},
-      {T("ActionButton"), Value::string(T("0"))},
-      {T("Count"), Value::integer(42)},
-      {T("Negative"), Value::integer(-7)},
+      {T("Enabled"), Value::boolean(true)}, {T("SaveHistory"), Value::boolean(false)},
+      {T("Vibrate"), Value::string(T("YES"))}, {T("ActionButton"), Value::string(T("0"))},
+      {T("Count"), Value::integer(42)}, {T("Negative"), Value::integer(-7)},
       {T("Largest"), Value::integer(std::numeric_limits<std::int64_t>::max())},
       {T("Smallest"), Value::integer(std::numeric_limits<std::int64_t>::min())},
       {T("PastDoublePrecision"), Value::integer((std::int64_t{1} << 53) + 1)},
       {T("Ratio"), Value::real(0.1)},
       {T("Nested"), Value::dictionary({{T("Name"), Value::string(T("Zoë 🙂"))}})},
       {T("List"), Value::array({Value::integer(1), Value::string(T("two")), Value::array({})})},
-      {T("Bytes"), Value::data({0, 1, 0xFF})},
-      {T("NoBytes"), Value::data({})},
-      {T("Since2001"), Value::date(1700000000.0)},
-      {T("Before2001"), Value::date(946684800.0)},
+      {T("Bytes"), Value::data({0, 1, 0xFF})}, {T("NoBytes"), Value::data({})},
+      {T("Since2001"), Value::date(1700000000.0)}, {T("Before2001"), Value::date(946684800.0)},
   };
   writeXmlPlist(file("s.xml.plist"), settings);
   EXPECT_EQ(readAll(file("s.xml.plist")).rfind("<?xml", 0), 0u);
@@ -106,82 +101,51 @@ TEST_F(PlistFileTest, ReadsAHandWrittenXmlPropertyList) {
 </dict>
 </plist>
 )");
-  host::Dict expected{
-      {T("Enabled"), Value::boolean(true)},
-      {T("DeleteMessages"), Value::boolean(false)},
-      {T("Level"), Value::integer(-3)},
-      {T("Scale"), Value::real(2.5)},
-      {T("Label"), Value::string(T("Tom & Jerry"))},
-      {T("When"), Value::date(978307210.0)},
-      {T("Blob"), Value::data({0, 1, 2, 0xFF})},
-      {T("Numbers"), Value::array({Value::string(T("+49 170")), Value::array({})})},
-      {T("Inner"), Value::dictionary({{T("Off"), Value::string(T("NO"))}})},
-  };
-  EXPECT_EQ(readPlistDictionary(file("hand.plist")), expected);
+  EXPECT_EQ(readPlistDictionary(file("hand.plist")),
+            (host::Dict{
+                {T("Enabled"), Value::boolean(true)}, {T("DeleteMessages"), Value::boolean(false)},
+                {T("Level"), Value::integer(-3)}, {T("Scale"), Value::real(2.5)},
+                {T("Label"), Value::string(T("Tom & Jerry"))}, {T("When"), Value::date(978307210.0)},
+                {T("Blob"), Value::data({0, 1, 2, 0xFF})},
+                {T("Numbers"), Value::array({Value::string(T("+49 170")), Value::array({})})},
+                {T("Inner"), Value::dictionary({{T("Off"), Value::string(T("NO"))}})}}));
 }
 
-TEST_F(PlistFileTest, AnythingButADictionaryPropertyListReadsAsNothing) {
-  EXPECT_FALSE(readPlistDictionary(file("missing.plist")));
-  EXPECT_FALSE(readPlistDictionary(root.path()));  // a directory
-  writeAll(file("empty.plist"), "");
-  EXPECT_FALSE(readPlistDictionary(file("empty.plist")));
-  writeAll(file("garbage.plist"), std::string("\x00\xFF\x13<dict>bplist00\x7F", 15));
-  EXPECT_FALSE(readPlistDictionary(file("garbage.plist")));
-  writeAll(file("array.plist"), std::string(kXmlHead) + "<array><true/></array></plist>");
-  EXPECT_FALSE(readPlistDictionary(file("array.plist")));
-
-  writeBinaryPlist(file("whole.plist"), {{T("Enabled"), Value::boolean(true)},
-                                         {T("Name"), Value::string(T("abc"))}});
-  ASSERT_TRUE(readPlistDictionary(file("whole.plist")));
-  const std::string whole = readAll(file("whole.plist"));
-  for (std::size_t cut = 1; cut < whole.size(); ++cut) {
-    writeAll(file("cut.plist"), whole.substr(0, cut));
-    EXPECT_FALSE(readPlistDictionary(file("cut.plist"))) << "cut at " << cut;
-  }
-  writeXmlPlist(file("whole.xml"), {{T("Enabled"), Value::boolean(true)}});
-  const std::string xml = readAll(file("whole.xml"));
-  writeAll(file("cut.xml"), xml.substr(0, xml.find("<true/>") + 3));
-  EXPECT_FALSE(readPlistDictionary(file("cut.xml")));
-}
-
-TEST_F(PlistFileTest, HostileNestingIsRefusedQuicklyAndWithoutCrashing) {
+TEST_F(PlistFileTest, HostileNestingAndSizesAreRefusedQuicklyAndWithoutCrashing) {
   auto nestedXml = [](int levels, bool closed) {
     std::string body;
     for (int i = 0; i < levels; ++i) body += "<array>";
     for (int i = 0; closed && i < levels; ++i) body += "</array>";
     return std::string(kXmlHead) + "<dict><key>k</key>" + body + (closed ? "</dict></plist>" : "");
   };
+  // The guard must not refuse what libplist reads well: 100 levels of arrays.
+  EXPECT_TRUE(plistSafeToParse(nestedBinaryArrays(100, 1)));
   writeAll(file("fine.plist"), nestedXml(100, true));
   EXPECT_TRUE(readPlistDictionary(file("fine.plist")));
-  writeAll(file("deep.plist"), nestedXml(1000, true));
-  EXPECT_FALSE(readPlistDictionary(file("deep.plist")));
-  // Unclosed, this depth made libplist overflow the stack while giving up.
-  writeAll(file("unclosed.plist"), nestedXml(300000, false));
-  EXPECT_FALSE(readPlistDictionary(file("unclosed.plist")));
-
-  // The guard must not refuse what libplist reads well: 100 levels of arrays.
-  writeAll(file("chain.plist"), nestedBinaryArrays(100, 1));
-  EXPECT_TRUE(plistSafeToParse(readAll(file("chain.plist"))));
-  writeAll(file("longchain.plist"), nestedBinaryArrays(200000, 1));
-  EXPECT_FALSE(readPlistDictionary(file("longchain.plist")));
-  // 40 levels that each refer to the next twice: 2^40 nodes once expanded.
-  writeAll(file("bomb.plist"), nestedBinaryArrays(40, 2));
-  auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(readPlistDictionary(file("bomb.plist")));
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+  for (const auto& [name, bytes] : std::vector<std::pair<const char*, std::string>>{
+           {"1000 levels", nestedXml(1000, true)},
+           // Unclosed, this depth made libplist overflow the stack while giving up.
+           {"300000 levels unclosed", nestedXml(300000, false)},
+           {"a binary chain 200000 long", nestedBinaryArrays(200000, 1)},
+           // 40 levels that each refer to the next twice: 2^40 nodes once expanded.
+           {"a reference bomb", nestedBinaryArrays(40, 2)}}) {
+    writeAll(file("hostile.plist"), bytes);
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(readPlistDictionary(file("hostile.plist"))) << name;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1)) << name;
+  }
 
   // Bounded in keys too: a file at the bound loads, one key more is damaged.
   host::Dict keys;
   for (std::size_t i = 0; i < kMaxPlistKeys; ++i) keys[T("Key" + std::to_string(i))] = Value::boolean(true);
-  writeBinaryPlist(file("keys.plist"), keys);
-  writeXmlPlist(file("keys.xml"), keys);
-  EXPECT_EQ(readPlistDictionary(file("keys.plist")), keys);
-  EXPECT_EQ(readPlistDictionary(file("keys.xml")), keys);
-  keys[T("OneMore")] = Value::boolean(true);
-  writeBinaryPlist(file("keys.plist"), keys);
-  writeXmlPlist(file("keys.xml"), keys);
-  EXPECT_FALSE(readPlistDictionary(file("keys.plist")));
-  EXPECT_FALSE(readPlistDictionary(file("keys.xml")));
+  for (auto write : {writeBinaryPlist, writeXmlPlist}) {
+    host::Dict more = keys;
+    write(file("keys.plist"), keys);
+    EXPECT_EQ(readPlistDictionary(file("keys.plist")), keys);
+    more[T("OneMore")] = Value::boolean(true);
+    write(file("keys.plist"), more);
+    EXPECT_FALSE(readPlistDictionary(file("keys.plist")));
+  }
 }
 
 TEST_F(PlistFileTest, WritingFailsLoudlyAndLeavesTheOldFile) {
