@@ -81,7 +81,7 @@ std::string contents(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-TEST(StartUp, BundleIdentifiersDifferingOnlyInCaseSelectTheirGroup) {
+TEST(StartUp, EachProcessIsGivenTheGroupOfItsIdentifierWhateverItsCase) {
   TestDevice device;
   device.installSettingsBundle();
   runInChildProcess([&] {
@@ -112,41 +112,27 @@ TEST(StartUp, BundleIdentifiersDifferingOnlyInCaseSelectTheirGroup) {
   });
   EXPECT_TRUE(fs::exists(device.databaseFile()));
 
+  // The messenger's group, also for a process without an identifier; the
+  // messenger never seeds the database.
   TestDevice messengerDevice;
   messengerDevice.installSettingsBundle();
-  runInChildProcess([&] {
-    SimulatedApp app(messengerDevice.root(), T("NET.whatsapp.whatsapp"), AppClasses::kWhatsApp);
-    app.loadLibrary(HUSHWALL_LIBRARY_PATH);
-    Value delegate = app.runtime().getClass("WhatsAppAppDelegate");
-    EXPECT_EQ(app.runtime().typeEncoding(delegate, "deleteAllMessagesBlacklisted"), "v@:");
-    EXPECT_EQ(app.runtime().typeEncoding(delegate, "getSessionsWithPhoneNumber:"), "@@:@");
-    EXPECT_EQ(observed(app), kCommonObservers);
-  });
-  // The messenger never seeds the database.
-  EXPECT_FALSE(fs::exists(messengerDevice.databaseFile()));
-}
-
-TEST(StartUp, AProcessWithoutIdentifierIsGivenTheMessengerGroup) {
-  TestDevice device;
-  device.installSettingsBundle();
-  runInChildProcess([&] {
-    SimulatedApp app(device.root(), std::nullopt, AppClasses::kWhatsApp);
-    app.loadLibrary(HUSHWALL_LIBRARY_PATH);
-    Value delegate = app.runtime().getClass("WhatsAppAppDelegate");
-    EXPECT_EQ(app.runtime().typeEncoding(delegate, "deleteAllMessagesBlacklisted"), "v@:");
-  });
-  // Without the messenger's classes every hook of that group does nothing.
-  expectNoHooks(device, std::nullopt, AppClasses::kSpringBoard, kSpringBoardClasses);
-  EXPECT_FALSE(fs::exists(device.databaseFile()));
-}
-
-TEST(StartUp, AnyOtherProcessGetsTheCommonObserversOnly) {
-  TestDevice device;
-  device.installSettingsBundle();
-  device.writeSettings(settingsFlags(true, true, true, true));
-  expectNoHooks(device, T("com.example.notes"), AppClasses::kSpringBoard, kSpringBoardClasses);
-  expectNoHooks(device, T("com.apple.springboard.extra"), AppClasses::kWhatsApp, kWhatsAppClasses);
-  EXPECT_FALSE(fs::exists(device.native(kDataDirectory)));
+  messengerDevice.writeSettings(settingsFlags(true, true, true, true));
+  for (const host::OptText& identifier : {host::OptText(T("NET.whatsapp.whatsapp")), host::OptText()}) {
+    runInChildProcess([&] {
+      SimulatedApp app(messengerDevice.root(), identifier, AppClasses::kWhatsApp);
+      app.loadLibrary(HUSHWALL_LIBRARY_PATH);
+      Value delegate = app.runtime().getClass("WhatsAppAppDelegate");
+      EXPECT_EQ(app.runtime().typeEncoding(delegate, "deleteAllMessagesBlacklisted"), "v@:");
+      EXPECT_EQ(app.runtime().typeEncoding(delegate, "getSessionsWithPhoneNumber:"), "@@:@");
+      EXPECT_EQ(observed(app), kCommonObservers);
+    });
+  }
+  // Any other process, or a group whose classes the host lacks: no method
+  // changes, however the switches stand.
+  expectNoHooks(messengerDevice, std::nullopt, AppClasses::kSpringBoard, kSpringBoardClasses);
+  expectNoHooks(messengerDevice, T("com.example.notes"), AppClasses::kSpringBoard, kSpringBoardClasses);
+  expectNoHooks(messengerDevice, T("com.apple.springboard.extra"), AppClasses::kWhatsApp, kWhatsAppClasses);
+  EXPECT_FALSE(fs::exists(messengerDevice.native(kDataDirectory)));
 }
 
 TEST(StartUp, SpringBoardSeedsOnlyAFolderWithoutDatabase) {
