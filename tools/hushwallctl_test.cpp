@@ -66,11 +66,6 @@ std::string fileBytes(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-int run(const TempDeviceRoot& root, std::vector<std::string> args, std::string* out = nullptr,
-        std::string* err = nullptr) {
-  return ctl(root.path(), std::move(args), out, err);
-}
-
 // Runs hushwallctl on a terminal of its own, as a user at a shell would,
 // typing `answer` once it has asked; returns the exit status and what the
 // terminal showed.
@@ -122,7 +117,7 @@ struct RunningDevice {
   // Posts a marker after everything under test and waits for it: once it has
   // arrived, anything the program posted before it has arrived too.
   void settle(const std::string& name, int* count, int expected) {
-    ASSERT_EQ(run(root, {"post", name}), 0);
+    ASSERT_EQ(ctl(root.path(), {"post", name}), 0);
     EXPECT_TRUE(center.runUntil([&] { return *count >= expected + 1; }, milliseconds(5000)));
     EXPECT_EQ(*count, expected + 1) << name;
     --*count;  // the marker itself does not count
@@ -148,33 +143,33 @@ TEST(Hushwallctl, SettingsBlacklistAndIconChangesAreWrittenAndAnnounced) {
 
   // replace writes exactly its keys as a binary property list; set keeps the
   // keys it is not given.
-  ASSERT_EQ(run(device.root, {"settings", "replace", "Enabled=true", "Vibrate=YES", "LockSettings=0"}), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"settings", "replace", "Enabled=true", "Vibrate=YES", "LockSettings=0"}), 0);
   EXPECT_EQ(fileBytes(file).substr(0, 8), "bplist00");
   EXPECT_EQ(settings(), (host::Dict{{T("Enabled"), yes}, {T("Vibrate"), yes}, {T("LockSettings"), no}}));
-  ASSERT_EQ(run(device.root, {"settings", "set", "Enabled=no", "ShowStatusbarIcon=1"}), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"settings", "set", "Enabled=no", "ShowStatusbarIcon=1"}), 0);
   EXPECT_EQ(settings(), (host::Dict{{T("Enabled"), no}, {T("Vibrate"), yes}, {T("LockSettings"), no},
                                     {T("ShowStatusbarIcon"), yes}}));
   std::string out, err;
-  ASSERT_EQ(run(device.root, {"settings", "replace", "SaveHistory=false"}), 0);
-  ASSERT_EQ(run(device.root, {"settings", "show", "--json"}, &out), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"settings", "replace", "SaveHistory=false"}), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"settings", "show", "--json"}, &out), 0);
   EXPECT_EQ(nlohmann::json::parse(out), nlohmann::json({{"SaveHistory", false}}));
 
-  ASSERT_EQ(run(device.root, {"blacklist", "add", "+49 (170) 123-45", "--name", "Mallory"}), 0);
-  ASSERT_EQ(run(device.root, {"blacklist", "add", "4930999"}), 0);
-  ASSERT_EQ(run(device.root, {"blacklist", "list", "--json"}, &out), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"blacklist", "add", "+49 (170) 123-45", "--name", "Mallory"}), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"blacklist", "add", "4930999"}), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"blacklist", "list", "--json"}, &out), 0);
   nlohmann::json rows = nlohmann::json::parse(out);
   ASSERT_EQ(rows.size(), 2u);
   EXPECT_EQ(rows[0]["phoneNumber"], "+49 (170) 123-45");
   EXPECT_EQ(rows[0]["name"], "Mallory");
   EXPECT_EQ(rows[1]["phoneNumber"], "4930999");
-  ASSERT_EQ(run(device.root, {"blacklist", "remove", "+49 (170) 123-45"}), 0);
-  EXPECT_EQ(run(device.root, {"blacklist", "remove", "493099"}, nullptr, &err), 1);
+  ASSERT_EQ(ctl(device.root.path(), {"blacklist", "remove", "+49 (170) 123-45"}), 0);
+  EXPECT_EQ(ctl(device.root.path(), {"blacklist", "remove", "493099"}, nullptr, &err), 1);
   EXPECT_NE(err.find("not on the blacklist"), std::string::npos) << err;
-  ASSERT_EQ(run(device.root, {"blacklist", "list", "--json"}, &out), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"blacklist", "list", "--json"}, &out), 0);
   EXPECT_EQ(nlohmann::json::parse(out).size(), 1u);
 
-  EXPECT_EQ(run(device.root, {"icon", "hide"}), 0);
-  EXPECT_EQ(run(device.root, {"post", kAddStatusBarIconNotification}), 0);
+  EXPECT_EQ(ctl(device.root.path(), {"icon", "hide"}), 0);
+  EXPECT_EQ(ctl(device.root.path(), {"post", kAddStatusBarIconNotification}), 0);
   EXPECT_TRUE(device.center.runUntil([&] { return *hide == 1 && *add == 1; }, milliseconds(5000)));
   // Three settings written, three blacklist changes, and nothing else.
   device.settle(kSettingsChangedNotification, settingsChanged, 3);
@@ -196,7 +191,7 @@ TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
 
   // Rows as JSON keep SQLite's types; pictures are listed by path with sizes.
   std::string out, err;
-  ASSERT_EQ(run(device.root, {"history", "--json"}, &out), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"history", "--json"}, &out), 0);
   nlohmann::json json = nlohmann::json::parse(out);
   ASSERT_EQ(json.size(), 3u);
   EXPECT_EQ(json[0]["phoneNumber"], "4917");
@@ -204,15 +199,15 @@ TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
   EXPECT_EQ(json[2]["date"], 1400000002.5);
   EXPECT_EQ(json[2]["isMine"], 1);
   EXPECT_EQ(json[2]["mediaURL"], "u");
-  ASSERT_EQ(run(device.root, {"pictures", "--json"}, &out), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"pictures", "--json"}, &out), 0);
   const std::string prefix = kData.substr(1) + "/4917/4917-";
   EXPECT_EQ(nlohmann::json::parse(out), nlohmann::json::parse(R"([{"path":")" + prefix + R"(1.000000.png","size":3},
                                            {"path":")" + prefix + R"(2.000000.png","size":4}])"));
 
   // Without a terminal to ask on, only --yes deletes.
-  EXPECT_EQ(run(device.root, {"history", "clear"}, nullptr, &err), 2);
+  EXPECT_EQ(ctl(device.root.path(), {"history", "clear"}, nullptr, &err), 2);
   EXPECT_NE(err.find("add --yes"), std::string::npos) << err;
-  EXPECT_EQ(run(device.root, {"history", "delete", "1"}), 2);
+  EXPECT_EQ(ctl(device.root.path(), {"history", "delete", "1"}), 2);
   EXPECT_EQ(rows(), 3u);
   // On a terminal it asks, and only "y" or "yes" goes ahead.
   std::string shown;
@@ -225,22 +220,22 @@ TEST(Hushwallctl, HistoryRowsGoOneByOneOrAllOnlyWhenConfirmed) {
   EXPECT_NE(shown.find("deleted history row 3"), std::string::npos) << shown;
   EXPECT_EQ(rows(), 2u);
 
-  ASSERT_EQ(run(device.root, {"history", "delete", "1", "--yes"}), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"history", "delete", "1", "--yes"}), 0);
   EXPECT_FALSE(fs::exists(device.root.native(kData + "/4917/4917-1.000000.png")));
   EXPECT_TRUE(fs::exists(device.root.native(kData + "/4917/4917-2.000000.png")));
-  EXPECT_EQ(run(device.root, {"history", "delete", "1", "--yes"}, nullptr, &err), 1);
+  EXPECT_EQ(ctl(device.root.path(), {"history", "delete", "1", "--yes"}, nullptr, &err), 1);
   EXPECT_NE(err.find("no history row 1"), std::string::npos) << err;
 
   execSql(device.root.databaseFile(),
           "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType, mediaFileName,"
           " mediaURL, isMine) VALUES ('4930', 'Bob', 'three', 1400000002, 2, 0, '', '', 0);");
-  ASSERT_EQ(run(device.root, {"history"}, &out), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"history"}, &out), 0);
   EXPECT_NE(out.find("Bob (4930)\n  3\t"), std::string::npos) << out;
   EXPECT_NE(out.find("\tnotification\t\tBob: three\n"), std::string::npos) << out;
   EXPECT_NE(out.find("\tincoming\tpicture\tSpam: two\n"), std::string::npos) << out;
   EXPECT_NE(out.find("History rows: 2"), std::string::npos) << out;
 
-  ASSERT_EQ(run(device.root, {"history", "clear", "--yes"}, &out), 0);
+  ASSERT_EQ(ctl(device.root.path(), {"history", "clear", "--yes"}, &out), 0);
   EXPECT_NE(out.find("deleted 2 history rows and 1 pictures"), std::string::npos) << out;
   EXPECT_EQ(rows(), 0u);
   EXPECT_FALSE(fs::exists(device.root.native(kData + "/4917/4917-2.000000.png")));
@@ -259,8 +254,8 @@ TEST(Hushwallctl, WatchPrintsEachHistoryChange) {
   EXPECT_EQ(watch.out, std::string("notification 1: ") + kNewMessagedAddedNotification +
                            "\nnotification 2: " + kNewMessagedAddedNotification + "\n");
 
-  EXPECT_EQ(run(device.root, {"watch", "--count", "1", "--timeout", "0.2"}), 1);
-  EXPECT_EQ(run(device.root, {"watch", "--timeout", "0.2"}), 0);
+  EXPECT_EQ(ctl(device.root.path(), {"watch", "--count", "1", "--timeout", "0.2"}), 1);
+  EXPECT_EQ(ctl(device.root.path(), {"watch", "--timeout", "0.2"}), 0);
 }
 
 TEST(Hushwallctl, DeviceProblemsAreReportedClearly) {
@@ -269,16 +264,16 @@ TEST(Hushwallctl, DeviceProblemsAreReportedClearly) {
   std::string err;
   // A stopped device misses nothing: its processes read the file in full when
   // they start. A bare post, which changes nothing, is refused.
-  EXPECT_EQ(run(root, {"settings", "set", "Enabled=1"}, nullptr, &err), 0);
+  EXPECT_EQ(ctl(root.path(), {"settings", "set", "Enabled=1"}, nullptr, &err), 0);
   EXPECT_NE(err.find("no process was running (the device's bus is not running at " + root.path()),
             std::string::npos)
       << err;
   auto saved = linux_platform::readPlistDictionary(root.native(kSettingsFilePath));
   ASSERT_TRUE(saved.has_value());
   EXPECT_EQ(saved->at(host::T("Enabled")), host::Value::boolean(true));
-  EXPECT_EQ(run(root, {"icon", "hide"}), 3);
+  EXPECT_EQ(ctl(root.path(), {"icon", "hide"}), 3);
 
-  EXPECT_EQ(run(root, {"blacklist", "list"}, nullptr, &err), 1);
+  EXPECT_EQ(ctl(root.path(), {"blacklist", "list"}, nullptr, &err), 1);
   EXPECT_NE(err.find(root.databaseFile()), std::string::npos) << err;
 
 }
