@@ -109,19 +109,17 @@ TEST_F(SettingsTest, ValuesOfAnyTypeAreReadWithThePlatformsBoolValue) {
       {"ActionButton", &settings_ActionButton}};
   // A number is true when it is not zero, however large; a string by its
   // first character after blanks, a sign and leading zeros; dates, bytes and
-  // containers have no boolean meaning.
+  // containers have no boolean meaning. (The plainest of each are the value
+  // type's own test; here, that the settings take any type as it stands.)
   const std::vector<std::tuple<std::string, Value, bool>> cases = {
       {"Enabled", Value::string(T(" +007")), true},
       {"Enabled", Value::date(1400000000.0), false},
       {"SaveHistory", Value::string(T("NO")), false},
       {"SaveHistory", Value::integer(std::numeric_limits<std::int64_t>::min()), true},
-      {"Vibrate", Value::integer(2), true},
       {"Vibrate", Value::dictionary({{T("Vibrate"), Value::boolean(true)}}), false},
-      {"DeleteMessages", Value::real(0.0), false},
       {"DeleteMessages", Value::string(T("  Yes please")), true},
       {"ActionButton", Value::string(T("yes")), true},
       {"ActionButton", Value::string(T("")), false},
-      {"ContactsOnly", Value::array({Value::boolean(true)}), false},
       {"ContactsOnly", Value::string(T("0x1")), false},
       {"ShowStatusbarIcon", Value::data({1}), false},
   };
