@@ -21,6 +21,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "host/text.h"
@@ -653,7 +654,7 @@ TEST(CompanionDeviceRoot, LinksOutOfTheRootAndWithinItAreRefused) {
   EXPECT_EQ(snapshot(decoy.path()), before);
 }
 
-// A FIFO, a folder or a socket where a file is read: a clear error from the
+// A FIFO or a folder where a file is read: a clear error from the
 // companion, never a wait for a writer that does not come.
 TEST(CompanionDeviceRoot, FilesOfTheWrongKindAreRefusedWithoutWaiting) {
   TempDeviceRoot device;
@@ -662,33 +663,27 @@ TEST(CompanionDeviceRoot, FilesOfTheWrongKindAreRefusedWithoutWaiting) {
   PrivateBus bus(device.path());
   const std::string settings = device.native(kSettingsFilePath);
   fs::create_directories(fs::path(settings).parent_path());
-  struct Case {
-    std::string file;
-    void (*make)(const std::string&);
-    std::string kind;
+  const std::tuple<std::string, bool, std::string> cases[] = {  // where, a FIFO or a folder, the refusal
+      {settings, true, "is a FIFO, not a regular file"},
+      {settings, false, "is a directory, not a regular file"},
+      {settings + ".lock", true, "is not a regular file"},
   };
-  auto fifo = [](const std::string& path) { ASSERT_EQ(::mkfifo(path.c_str(), 0644), 0); };
-  auto folder = [](const std::string& path) { fs::create_directory(path); };
-  const Case cases[] = {
-      {settings, fifo, "is a FIFO, not a regular file"},
-      {settings, folder, "is a directory, not a regular file"},
-      {settings + ".lock", fifo, "is not a regular file"},
-  };
-  for (const Case& c : cases) {
-    fs::remove(c.file);  // the lock file a setter left
-    c.make(c.file);
+  for (const auto& [file, fifo, kind] : cases) {
+    fs::remove(file);  // the lock file a setter left
+    if (fifo) ASSERT_EQ(::mkfifo(file.c_str(), 0644), 0);
+    else fs::create_directory(file);
     for (const std::vector<std::string>& command :
          {std::vector<std::string>{"settings", "show"}, {"settings", "set", "Enabled=1"}}) {
-      if (c.file != settings && command[1] == "show") continue;
+      if (file != settings && command[1] == "show") continue;
       std::string err;
-      EXPECT_EQ(ctl(device.path(), command, nullptr, &err), 1) << c.kind;
-      EXPECT_NE(err.find(c.kind), std::string::npos) << err;
+      EXPECT_EQ(ctl(device.path(), command, nullptr, &err), 1) << kind;
+      EXPECT_NE(err.find(kind), std::string::npos) << err;
     }
     // The library's own read takes it for no file.
     std::string out;
     EXPECT_EQ(model({"settings", "--root", device.path()}, &out), 0);
     EXPECT_NE(out.find("Enabled=0"), std::string::npos) << out;
-    fs::remove(c.file);
+    fs::remove(file);
   }
 }
 
