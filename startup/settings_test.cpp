@@ -148,7 +148,6 @@ TEST_F(SettingsTest, DamagedFilesCountAsNoFileAndASoundOneIsReadAfter) {
       {"a string root", [&] { writeBytes("<plist><string>Enabled</string></plist>"); }},
       {"a NUL in a key", [&] { writeBytes(std::string(kKeyWithNul, sizeof kKeyWithNul - 1)); }},
       {"a directory in its place", [&] { fs::remove_all(file()), fs::create_directory(file()); }},
-      {"no file", [&] { fs::remove_all(file()); }},
   };
   for (const auto& [fault, damage] : faults) {
     write(kFlippedFile);
