@@ -188,6 +188,19 @@ TEST(BulletinHooks, RemoteNotificationsAreJudgedByTheirUAsItStands) {
     EXPECT_EQ(sb.messengerBadge(), Value::integer(5));
     EXPECT_EQ(sb.shown("banner"), 6u);
     EXPECT_EQ(f.device.history().size(), 1u);
+
+    // Requests from outside the library reach the status bar every time,
+    // whatever the icon flag says: that flag is the posters' business.
+    std::vector<std::string> requests;
+    sb.app().device().statusBar().onChange = [&](const std::string& op, const std::string& name) {
+      requests.push_back(op + " " + name);
+    };
+    for (const char* request :
+         {"addStatusBarIcon", "addStatusBarIcon", "removeStatusBarIcon", "removeStatusBarIcon"}) {
+      ASSERT_TRUE(f.device.announce(sb.app(), std::string("com.Corvanta.HushwallSettings.") + request));
+      EXPECT_EQ(sb.iconShown(), request[0] == 'a') << request;
+    }
+    EXPECT_EQ(requests, (std::vector<std::string>{"add HSWL", "add HSWL", "remove HSWL", "remove HSWL"}));
   });
 
   // Without SaveHistory a push leaves no row, but the icon follows its flag.

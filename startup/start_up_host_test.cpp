@@ -81,9 +81,40 @@ std::string contents(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-TEST(StartUp, BundleIdentifiersDifferingOnlyInCaseSelectTheirGroup) {
+TEST(StartUp, TheMessengerInAnyCaseOrUnnamedGetsItsGroupAndOtherProcessesNoHooks) {
+  // The messenger's group, also for a process without an identifier; the
+  // messenger never seeds the database.
   TestDevice device;
   device.installSettingsBundle();
+  device.writeSettings(settingsFlags(true, true, true, true));
+  for (const host::OptText& identifier : {host::OptText(T("NET.whatsapp.whatsapp")), host::OptText()}) {
+    runInChildProcess([&] {
+      SimulatedApp app(device.root(), identifier, AppClasses::kWhatsApp);
+      app.loadLibrary(HUSHWALL_LIBRARY_PATH);
+      Value delegate = app.runtime().getClass("WhatsAppAppDelegate");
+      EXPECT_EQ(app.runtime().typeEncoding(delegate, "deleteAllMessagesBlacklisted"), "v@:");
+      EXPECT_EQ(app.runtime().typeEncoding(delegate, "getSessionsWithPhoneNumber:"), "@@:@");
+      EXPECT_EQ(observed(app), kCommonObservers);
+    });
+  }
+  // Any other process, or a group whose classes the host lacks: no method
+  // changes, however the switches stand.
+  expectNoHooks(device, std::nullopt, AppClasses::kSpringBoard, kSpringBoardClasses);
+  expectNoHooks(device, T("com.example.notes"), AppClasses::kSpringBoard, kSpringBoardClasses);
+  expectNoHooks(device, T("com.apple.springboard.extra"), AppClasses::kWhatsApp, kWhatsAppClasses);
+  EXPECT_FALSE(fs::exists(device.native(kDataDirectory)));
+}
+
+// SpringBoard, whatever the case of its identifier: its group of hooks with
+// their types kept, the icon observers, and a fresh database seeded only into
+// a folder without one.
+TEST(StartUp, SpringBoardIsHookedAndSeedsOnlyAFolderWithoutDatabase) {
+  TestDevice device;
+  device.installSettingsBundle();
+  const std::string data = device.native(kDataDirectory);
+  fs::create_directories(data + "/4917012345");
+  std::ofstream(data + "/notes.txt") << "left over";
+  std::ofstream(data + "/4917012345/4917012345-1.png") << "picture";
   runInChildProcess([&] {
     SimulatedApp app(device.root(), T("COM.Apple.SpringBoard"), AppClasses::kSpringBoard);
     auto before = methodsOf(app.runtime(), kSpringBoardClasses);
@@ -109,56 +140,6 @@ TEST(StartUp, BundleIdentifiersDifferingOnlyInCaseSelectTheirGroup) {
     expected.push_back("com.Corvanta.HushwallSettings.removeStatusBarIcon");
     expected.push_back("com.Corvanta.HushwallSettings.addStatusBarIcon");
     EXPECT_EQ(observed(app), expected);
-  });
-  EXPECT_TRUE(fs::exists(device.databaseFile()));
-
-  TestDevice messengerDevice;
-  messengerDevice.installSettingsBundle();
-  runInChildProcess([&] {
-    SimulatedApp app(messengerDevice.root(), T("NET.whatsapp.whatsapp"), AppClasses::kWhatsApp);
-    app.loadLibrary(HUSHWALL_LIBRARY_PATH);
-    Value delegate = app.runtime().getClass("WhatsAppAppDelegate");
-    EXPECT_EQ(app.runtime().typeEncoding(delegate, "deleteAllMessagesBlacklisted"), "v@:");
-    EXPECT_EQ(app.runtime().typeEncoding(delegate, "getSessionsWithPhoneNumber:"), "@@:@");
-    EXPECT_EQ(observed(app), kCommonObservers);
-  });
-  // The messenger never seeds the database.
-  EXPECT_FALSE(fs::exists(messengerDevice.databaseFile()));
-}
-
-TEST(StartUp, AProcessWithoutIdentifierIsGivenTheMessengerGroup) {
-  TestDevice device;
-  device.installSettingsBundle();
-  runInChildProcess([&] {
-    SimulatedApp app(device.root(), std::nullopt, AppClasses::kWhatsApp);
-    app.loadLibrary(HUSHWALL_LIBRARY_PATH);
-    Value delegate = app.runtime().getClass("WhatsAppAppDelegate");
-    EXPECT_EQ(app.runtime().typeEncoding(delegate, "deleteAllMessagesBlacklisted"), "v@:");
-  });
-  // Without the messenger's classes every hook of that group does nothing.
-  expectNoHooks(device, std::nullopt, AppClasses::kSpringBoard, kSpringBoardClasses);
-  EXPECT_FALSE(fs::exists(device.databaseFile()));
-}
-
-TEST(StartUp, AnyOtherProcessGetsTheCommonObserversOnly) {
-  TestDevice device;
-  device.installSettingsBundle();
-  device.writeSettings(settingsFlags(true, true, true, true));
-  expectNoHooks(device, T("com.example.notes"), AppClasses::kSpringBoard, kSpringBoardClasses);
-  expectNoHooks(device, T("com.apple.springboard.extra"), AppClasses::kWhatsApp, kWhatsAppClasses);
-  EXPECT_FALSE(fs::exists(device.native(kDataDirectory)));
-}
-
-TEST(StartUp, SpringBoardSeedsOnlyAFolderWithoutDatabase) {
-  TestDevice device;
-  device.installSettingsBundle();
-  const std::string data = device.native(kDataDirectory);
-  fs::create_directories(data + "/4917012345");
-  std::ofstream(data + "/notes.txt") << "left over";
-  std::ofstream(data + "/4917012345/4917012345-1.png") << "picture";
-  runInChildProcess([&] {
-    SimulatedApp app(device.root(), T("com.apple.springboard"), AppClasses::kSpringBoard);
-    app.loadLibrary(HUSHWALL_LIBRARY_PATH);
   });
   EXPECT_FALSE(fs::exists(data + "/notes.txt"));
   EXPECT_FALSE(fs::exists(data + "/4917012345"));
