@@ -5,9 +5,14 @@
 // The final states must be equal but for the differences declared below,
 // each with its reason, and each of those must show: a declared difference
 // that no longer occurs is as wrong as one that is not declared.
+// What the simulated device must end with is written beside the scenarios
+// (expected/final-states.json): a JSON pointer into the final state and its
+// value (a pointer to nothing reads as null), and under "transcript" texts
+// the transcript shows in that order.
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <string>
 #include <vector>
@@ -48,7 +53,28 @@ bool under(const std::string& path, const std::string& pointer) {
   return path == pointer || path.rfind(pointer + "/", 0) == 0;
 }
 
+// The simulated device's result against what the scenario must end with,
+// and nothing written beside the device root.
+void expectOutcome(const sim::SimRun& run, const sim::SimResult& result, const json& expected) {
+  for (const auto& [pointer, value] : expected.items()) {
+    if (pointer == "transcript") continue;
+    const json::json_pointer at(pointer);
+    EXPECT_EQ(result.state.contains(at) ? result.state[at] : json(), value) << pointer;
+  }
+  std::size_t from = 0;
+  for (const json& text : expected.value("transcript", json::array())) {
+    from = result.output.find(text.get<std::string>(), from);
+    EXPECT_NE(from, std::string::npos) << text << " (in this order)\n" << result.output;
+  }
+  for (const auto& entry : fs::directory_iterator(fs::path(run.deviceRoot()).parent_path())) {
+    const std::string name = entry.path().filename().string();
+    EXPECT_TRUE(name == "device" || name == "out.txt" || name == "err.txt" || name == "state.json")
+        << "written outside the device root: " << name;
+  }
+}
+
 TEST(BothDevices, EveryScenarioFileEndsAlikeOnBothDevices) {
+  json outcomes = json::parse(std::ifstream(std::string(HUSHWALL_SCENARIOS_DIR) + "/expected/final-states.json"));
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(HUSHWALL_SCENARIOS_DIR)) {
     if (entry.path().extension() == ".json") files.push_back(entry.path());
@@ -59,6 +85,11 @@ TEST(BothDevices, EveryScenarioFileEndsAlikeOnBothDevices) {
     sim::SimRun simulated;
     sim::SimResult expected = simulated.playFile(file.string());
     ASSERT_EQ(expected.exitCode, 0) << name << "\n" << expected.errors;
+    {
+      SCOPED_TRACE(name + " on the simulated device");
+      expectOutcome(simulated, expected, outcomes.value(name, json::object()));
+      outcomes.erase(name);
+    }
     for (std::size_t i = 0; i < kFirmwareProfileCount; ++i) {
       const std::string firmware = kFirmwareProfiles[i].version;
       SCOPED_TRACE(name + " on firmware " + firmware);
@@ -83,6 +114,7 @@ TEST(BothDevices, EveryScenarioFileEndsAlikeOnBothDevices) {
       }
     }
   }
+  EXPECT_EQ(outcomes, json::object()) << "outcomes of scenarios that are not there";
 }
 
 }  // namespace
