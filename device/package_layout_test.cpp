@@ -2,13 +2,12 @@
 // an iOS SDK: property lists, the Substrate filter, the control file, the
 // settings switches against the library's own defaults, the template
 // database against the simulator's, and the tweak's sources against what
-// the Linux build of the adapter links.
+// the Linux build of the adapter links. (The firmware range is held to the
+// hook table by objchost/springboard_firmware_test.mm.)
 #include <plist/plist.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -22,8 +21,9 @@
 
 #include <gtest/gtest.h>
 
-#include "startup/hook_table.h"
 #include "startup/settings.h"
+#include "testing/running_program.h"
+#include "testing/temp_device_root.h"
 
 namespace hushwall {
 namespace {
@@ -33,9 +33,8 @@ namespace fs = std::filesystem;
 const fs::path kDevice = HUSHWALL_DEVICE_DIR;
 
 std::string readFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
   std::ostringstream out;
-  out << in.rdbuf();
+  out << std::ifstream(path, std::ios::binary).rdbuf();
   return out.str();
 }
 
@@ -65,44 +64,10 @@ std::string stringOf(plist_t node) {
   return text;
 }
 
-std::set<std::string> keysOf(plist_t dict) {
-  std::set<std::string> keys;
-  plist_dict_iter it = nullptr;
-  plist_dict_new_iter(dict, &it);
-  for (;;) {
-    char* key = nullptr;
-    plist_t value = nullptr;
-    plist_dict_next_item(dict, it, &key, &value);
-    if (key == nullptr) break;
-    keys.insert(key);
-    std::free(key);
-  }
-  std::free(it);
-  return keys;
-}
-
-// A temporary folder, removed with everything in it.
-struct TempDir {
-  TempDir() {
-    std::string pattern = (fs::temp_directory_path() / "hushwall-package-XXXXXX").string();
-    path = ::mkdtemp(pattern.data());
-  }
-  ~TempDir() { fs::remove_all(path); }
-  fs::path path;
-};
-
 // Runs a shell command; its standard output, or a failure.
 std::string run(const std::string& command) {
-  std::string output;
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) {
-    ADD_FAILURE() << "cannot run " << command;
-    return output;
-  }
-  char buffer[4096];
-  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-    output.append(buffer, n);
-  EXPECT_EQ(::pclose(pipe), 0) << command;
+  std::string output, errors;
+  EXPECT_EQ(testing::runProgram({"/bin/sh", "-c", command}, &output, &errors), 0) << command << "\n" << errors;
   return output;
 }
 
@@ -122,13 +87,13 @@ TEST(PackageLayout, EveryPropertyListParses) {
 
 TEST(PackageLayout, FilterNamesExactlyTheMessengerAndSpringBoard) {
   Plist filter = parse(kDevice / "Hushwall.plist");
-  ASSERT_NE(filter, nullptr);
-  EXPECT_EQ(keysOf(filter.get()), std::set<std::string>{"Filter"});
+  // Only Filter, holding only Bundles: any other key (Executables, Classes,
+  // Mode) would change whom it loads into.
   plist_t inner = child(filter.get(), "Filter");
-  // Any other key (Executables, Classes, Mode) would change whom it loads into.
-  EXPECT_EQ(keysOf(inner), std::set<std::string>{"Bundles"});
   plist_t bundles = child(inner, "Bundles");
   ASSERT_NE(bundles, nullptr);
+  EXPECT_EQ(plist_dict_get_size(filter.get()), 1u);
+  EXPECT_EQ(plist_dict_get_size(inner), 1u);
   ASSERT_EQ(plist_get_node_type(bundles), PLIST_ARRAY);
   std::multiset<std::string> names;
   for (uint32_t i = 0; i < plist_array_get_size(bundles); ++i) {
@@ -154,13 +119,8 @@ std::map<std::string, std::string> controlFields(const std::string& text) {
 
 std::set<std::string> dependencyNames(const std::string& depends) {
   std::set<std::string> names;
-  std::istringstream list(depends);
-  for (std::string item; std::getline(list, item, ',');) {
-    std::istringstream words(item);
-    std::string name;
-    words >> name;
-    names.insert(name);
-  }
+  const std::regex name(R"((?:^|,)\s*([^\s,(]+))");
+  for (std::sregex_iterator it(depends.begin(), depends.end(), name), end; it != end; ++it) names.insert((*it)[1]);
   return names;
 }
 
@@ -181,10 +141,11 @@ TEST(PackageLayout, ControlFilesOfBothBuildsAreValidAndDifferOnlyInTheDevices) {
       EXPECT_TRUE(std::regex_match((*fields)[person], std::regex(R"([^<>]+ <[^<>@ ]+@[^<>@ ]+>)")))
           << person << " needs a name and an address: " << (*fields)[person];
     }
-    EXPECT_EQ((*fields)["Architecture"], "iphoneos-arm");
-    EXPECT_EQ((*fields)["Section"], "Tweaks");
     // The icon Cydia shows is the Settings row's, installed by the package.
-    EXPECT_EQ((*fields)["Icon"], "file:///Library/PreferenceBundles/HushwallSettings.bundle/icon.png");
+    for (auto [key, value] : {std::pair{"Architecture", "iphoneos-arm"}, {"Section", "Tweaks"},
+                              {"Icon", "file:///Library/PreferenceBundles/HushwallSettings.bundle/icon.png"}}) {
+      EXPECT_EQ((*fields)[key], value);
+    }
   }
   const std::set<std::string> common = {"mobilesubstrate", "preferenceloader", "libstatusbar",
                                         "firmware"};
@@ -197,82 +158,21 @@ TEST(PackageLayout, ControlFilesOfBothBuildsAreValidAndDifferOnlyInTheDevices) {
   EXPECT_EQ(theos, arm64);
 }
 
-// The control file's firmware bounds, as major * 100 + minor.
-std::pair<int, int> controlledFirmware() {
-  const std::string text = readFile(kDevice / "control");
-  std::smatch since, before;
-  const bool found =
-      std::regex_search(text, since, std::regex(R"(firmware \(>= ([0-9]+)\.([0-9]+)\))")) &&
-      std::regex_search(text, before, std::regex(R"(firmware \(<< ([0-9]+)\.([0-9]+)\))"));
-  if (!found) return {0, 0};
-  return {std::stoi(since[1]) * 100 + std::stoi(since[2]),
-          std::stoi(before[1]) * 100 + std::stoi(before[2])};
-}
-
-TEST(PackageLayout, FirmwareRangeIsExactlyWhereEveryHookedMethodExists) {
-  for (const HookGroup* group : {&kWhatsAppHooks, &kSpringBoardHooks}) {
-    for (std::size_t i = 0; i < group->count; ++i) {
-      const HookEntry& e = group->entries[i];
-      SCOPED_TRACE(std::string(e.className) + " " + e.selector);
-      // Every entry says where its range comes from.
-      ASSERT_NE(e.availability.note, nullptr);
-      EXPECT_GT(std::string(e.availability.note).size(), 10u);
-      EXPECT_LE(e.availability.since, e.availability.before);
-      // The messenger's methods follow WhatsApp, not the firmware; an added
-      // method exists wherever its class does.
-      const bool firmwareBound = group == &kSpringBoardHooks && e.how == HookEntry::How::kReplace;
-      EXPECT_EQ(e.availability.since != 0, firmwareBound);
-    }
-  }
-  // Each SpringBoard role (a class's method, in whichever of its shapes)
-  // must exist without a gap over a range; the package can promise only
-  // what every role covers.
-  std::map<std::string, std::vector<std::pair<int, int>>> roles;
-  for (std::size_t i = 0; i < kSpringBoardHooks.count; ++i) {
-    const HookEntry& e = kSpringBoardHooks.entries[i];
-    if (e.availability.since == 0) continue;
-    const std::string selector = e.selector;
-    roles[std::string(e.className) + " " + selector.substr(0, selector.find(':'))].push_back(
-        {e.availability.since, e.availability.before});
-  }
-  ASSERT_EQ(roles.size(), 4u);  // banner, lock screen, notification centre, badge
-  int since = 0;
-  int before = 10000;
-  for (auto& [role, ranges] : roles) {
-    std::sort(ranges.begin(), ranges.end());
-    for (std::size_t i = 1; i < ranges.size(); ++i) {
-      EXPECT_EQ(ranges[i].first, ranges[i - 1].second) << role << ": a gap or an overlap";
-    }
-    since = std::max(since, ranges.front().first);
-    before = std::min(before, ranges.back().second);
-  }
-  EXPECT_EQ(controlledFirmware(), std::make_pair(since, before))
-      << "device/control must say firmware (>= " << since / 100 << "." << since % 100
-      << "), firmware (<< " << before / 100 << "." << before % 100 << ")";
-}
-
-// A PNG's width and height from its header, or {0, 0} for what is not one.
-std::pair<int, int> pngSize(const fs::path& path) {
-  const std::string bytes = readFile(path);
-  if (bytes.size() < 24 || bytes.compare(0, 8, "\x89PNG\r\n\x1a\n") != 0 ||
-      bytes.compare(12, 4, "IHDR") != 0) {
-    return {0, 0};
-  }
-  auto be32 = [&](std::size_t at) {
-    int value = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-      value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
-    }
-    return value;
-  };
-  return {be32(16), be32(20)};
-}
-
-// The PNGs of a folder, by name, with their sizes.
+// The PNGs of a folder, by name, with their width and height from the
+// header ({0, 0} for what is not one).
 std::map<std::string, std::pair<int, int>> pngsIn(const fs::path& folder) {
   std::map<std::string, std::pair<int, int>> found;
   for (const auto& entry : fs::directory_iterator(folder)) {
-    if (entry.path().extension() == ".png") found[entry.path().filename().string()] = pngSize(entry.path());
+    if (entry.path().extension() != ".png") continue;
+    const std::string bytes = readFile(entry.path());
+    auto be32 = [&](std::size_t at) {
+      int value = 0;
+      for (std::size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+      return value;
+    };
+    const bool png = bytes.size() >= 24 && bytes.compare(0, 8, "\x89PNG\r\n\x1a\n") == 0 &&
+                     bytes.compare(12, 4, "IHDR") == 0;
+    found[entry.path().filename().string()] = png ? std::make_pair(be32(16), be32(20)) : std::make_pair(0, 0);
   }
   return found;
 }
@@ -299,31 +199,28 @@ TEST(PackageLayout, ImagesAreShippedUnderTheNamesTheyAreLookedUpByAtEveryScale) 
   EXPECT_EQ(pngsIn(kDevice / "HushwallSettings/Resources"), settings);
 }
 
-TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {
-  // What the library assumes for a key missing from the settings file is
-  // what the switch must show before the user touches it.
-  const std::map<std::string, bool> libraryDefaults = {
-      {"Enabled", settings_Enabled},
-      {"SaveHistory", settings_SaveHistory},
-      {"ShowStatusbarIcon", settings_ShowStatusBarIcon},
-      {"Vibrate", settings_Vibrate},
-      {"ContactsOnly", settings_ContactsOnly},
-      {"DeleteMessages", settings_DeleteMessages},
-      {"ActionButton", settings_ActionButton}};
+// The main page's rows. A switch shows, before the user touches it, what
+// the library assumes for a key missing from the settings file. Preferences
+// performs a row's `action` when the row is a button; a link row would push
+// its `detail` instead (HushwallSettingsListController+Screens.mm).
+TEST(PackageLayout, MainPageSwitchesHaveTheLibrarysDefaultsAndButtonsOpenTheScreens) {
   Plist root = parse(kDevice / "HushwallSettings/Resources/Root.plist");
-  ASSERT_NE(root, nullptr);
   plist_t items = child(root.get(), "items");
   ASSERT_NE(items, nullptr);
   ASSERT_EQ(plist_get_node_type(items), PLIST_ARRAY);
   std::map<std::string, bool> switches;
+  std::map<std::string, std::string> actions;
   for (uint32_t i = 0; i < plist_array_get_size(items); ++i) {
     plist_t item = plist_array_get_item(items, i);
+    if (child(item, "action") != nullptr) {
+      EXPECT_EQ(stringOf(child(item, "cell")), "PSButtonCell") << stringOf(child(item, "label"));
+      actions[stringOf(child(item, "label"))] = stringOf(child(item, "action"));
+    }
     if (stringOf(child(item, "cell")) != "PSSwitchCell") continue;
     const std::string key = stringOf(child(item, "key"));
     SCOPED_TRACE(key);
     EXPECT_EQ(stringOf(child(item, "defaults")), "com.Corvanta.HushwallSettings");
-    EXPECT_EQ(stringOf(child(item, "PostNotification")),
-              "com.Corvanta.HushwallSettings.settingsChanged");
+    EXPECT_EQ(stringOf(child(item, "PostNotification")), "com.Corvanta.HushwallSettings.settingsChanged");
     plist_t fallback = child(item, "default");
     ASSERT_NE(fallback, nullptr);
     ASSERT_EQ(plist_get_node_type(fallback), PLIST_BOOLEAN);
@@ -331,24 +228,13 @@ TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {
     plist_get_bool_val(fallback, &value);
     EXPECT_TRUE(switches.emplace(key, value != 0).second) << "two switches for one key";
   }
-  EXPECT_EQ(switches, libraryDefaults);
-}
-
-TEST(PackageLayout, ScreensAreOpenedByButtonRowsOfTheMainPage) {
-  // Preferences performs a row's `action` when the row is a button; a link
-  // row pushes its `detail` instead (HushwallSettingsListController+Screens.mm).
-  Plist root = parse(kDevice / "HushwallSettings/Resources/Root.plist");
-  ASSERT_NE(root, nullptr);
-  plist_t items = child(root.get(), "items");
-  ASSERT_NE(items, nullptr);
-  std::map<std::string, std::string> actions;
-  for (uint32_t i = 0; i < plist_array_get_size(items); ++i) {
-    plist_t item = plist_array_get_item(items, i);
-    if (child(item, "action") == nullptr) continue;
-    const std::string label = stringOf(child(item, "label"));
-    EXPECT_EQ(stringOf(child(item, "cell")), "PSButtonCell") << label;
-    actions[label] = stringOf(child(item, "action"));
-  }
+  EXPECT_EQ(switches, (std::map<std::string, bool>{{"Enabled", settings_Enabled},
+                                                   {"SaveHistory", settings_SaveHistory},
+                                                   {"ShowStatusbarIcon", settings_ShowStatusBarIcon},
+                                                   {"Vibrate", settings_Vibrate},
+                                                   {"ContactsOnly", settings_ContactsOnly},
+                                                   {"DeleteMessages", settings_DeleteMessages},
+                                                   {"ActionButton", settings_ActionButton}}));
   EXPECT_EQ(actions, (std::map<std::string, std::string>{{"Blacklist", "showBlacklist:"},
                                                          {"History", "showHistory:"}}));
 }
@@ -371,30 +257,27 @@ TEST(PackageLayout, SettingsBundleIsFoundByPreferenceLoader) {
   EXPECT_NE(source.find("@implementation " + principal + "\n"), std::string::npos) << principal;
 }
 
+// "type|name|tbl_name|sql" per schema object.
 std::string schemaOf(const fs::path& database) {
   sqlite3* db = nullptr;
   std::string schema;
   if (sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(db,
-                       "SELECT type, name, tbl_name, sql FROM sqlite_master ORDER BY type, name",
-                       -1, &statement, nullptr);
-    while (statement != nullptr && sqlite3_step(statement) == SQLITE_ROW) {
-      for (int c = 0; c < 4; ++c) {
-        const unsigned char* text = sqlite3_column_text(statement, c);
-        schema += text != nullptr ? reinterpret_cast<const char*>(text) : "NULL";
-        schema += c < 3 ? "|" : "\n";
-      }
-    }
-    sqlite3_finalize(statement);
+    sqlite3_exec(db, "SELECT type, name, tbl_name, sql FROM sqlite_master ORDER BY type, name",
+                 [](void* out, int n, char** values, char**) {
+                   for (int c = 0; c < n; ++c) {
+                     *static_cast<std::string*>(out) += std::string(values[c] ? values[c] : "NULL") + (c + 1 < n ? "|" : "\n");
+                   }
+                   return 0;
+                 },
+                 &schema, nullptr);
   }
   sqlite3_close(db);
   return schema;
 }
 
 TEST(PackageLayout, TemplateDatabaseHasTheSimulatorsSchema) {
-  TempDir temp;
-  const fs::path made = temp.path / "bundle" / "HSWL.db";
+  testing::TempDeviceRoot temp;
+  const fs::path made = fs::path(temp.path()) / "bundle" / "HSWL.db";
   // The very rule the settings bundle's Makefile stages the template with.
   run(std::string(HUSHWALL_MAKE) + " -s -f '" +
       (kDevice / "HushwallSettings/template_db.mk").string() + "' '" + made.string() + "'");
@@ -414,27 +297,22 @@ std::vector<std::string> lines(const std::string& text) {
   return out;
 }
 
-std::multiset<std::string> multisetOf(const std::vector<std::string>& items) {
-  return {items.begin(), items.end()};
-}
-
 // What Theos would compile: Theos itself is replaced by makefiles that only
 // print the lists.
 struct TheosLists {
   TheosLists() {
-    fs::create_directories(theos.path / "makefiles");
-    std::ofstream(theos.path / "makefiles/common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
-    std::ofstream(theos.path / "makefiles/tweak.mk")
-        << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
-    std::ofstream(theos.path / "makefiles/bundle.mk")
-        << "hushwall-files:\n\t@printf '%s\\n' $(HushwallSettings_FILES)\n";
-    std::ofstream(theos.path / "makefiles/aggregate.mk") << "\n";
+    const fs::path makefiles = fs::path(theos.path()) / "makefiles";
+    fs::create_directories(makefiles);
+    std::ofstream(makefiles / "common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
+    std::ofstream(makefiles / "tweak.mk") << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
+    std::ofstream(makefiles / "bundle.mk") << "hushwall-files:\n\t@printf '%s\\n' $(HushwallSettings_FILES)\n";
+    std::ofstream(makefiles / "aggregate.mk") << "\n";
   }
   std::vector<std::string> of(const fs::path& folder) {
     return lines(run(std::string(HUSHWALL_MAKE) + " -s -C '" + folder.string() + "' THEOS='" +
-                     theos.path.string() + "' hushwall-files"));
+                     theos.path() + "' hushwall-files"));
   }
-  TempDir theos;
+  testing::TempDeviceRoot theos;
 };
 
 std::vector<std::string> scriptList(const char* list) {
@@ -454,7 +332,7 @@ TEST(PackageLayout, BothBuildsCompileTheSameSourcesInTheOrderTheAdapterNeeds) {
   for (std::string source; std::getline(sources, source, '|');) {
     expected.insert(fs::weakly_canonical(source).string());
   }
-  EXPECT_EQ(multisetOf(scriptTweak), expected);
+  EXPECT_EQ(std::multiset<std::string>(scriptTweak.begin(), scriptTweak.end()), expected);
   // Under the GNU runtime each Objective-C file registers its classes from
   // an initialiser of its own, and initialisers run in link order: the one
   // that starts the tweak must come after every Objective-C++ file.
