@@ -1,7 +1,8 @@
 // The settings bundle's "Blacklist" and "History" screens under a real
 // Objective-C runtime, on the stand-in UIKit: what they show of a real
 // database, and that their add, delete and clear actions reach it, with the
-// announcements on the device's bus.
+// announcements on the device's bus. (What the companion's logic decides is
+// companion/'s to test; here, that the screens reach it.)
 #import "preferences.h"
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -122,21 +123,16 @@ bool runLoopUntil(const std::function<bool()>& done) {
   return true;
 }
 
-// The main switches page inside a navigation stack, and the screen that the
-// Root.plist entry labelled `label` pushes when tapped.
-UIViewController* openFromMainPage(UINavigationController* navigation, NSString* label) {
-  NSDictionary* page = [NSDictionary dictionaryWithContentsOfFile:@HUSHWALL_ROOT_PLIST];
-  for (NSDictionary* item in [page objectForKey:@"items"]) {
-    if (![[item objectForKey:@"label"] isEqualToString:label]) continue;
-    // A button row: Preferences performs its action on the page.
-    if (![[item objectForKey:@"cell"] isEqualToString:@"PSButtonCell"]) continue;
-    SEL action = NSSelectorFromString([item objectForKey:@"action"]);
-    UIViewController* main = [[navigation viewControllers] objectAtIndex:0];
-    if (![main respondsToSelector:action]) return nil;
-    [main performSelector:action withObject:nil];
-    return [navigation topViewController];
-  }
-  return nil;
+// The main switches page inside a navigation stack (released with the
+// test's pool), and the screen its button row's action pushes
+// (device/package_layout_test.cpp holds the rows to these actions).
+UINavigationController* mainPage() {
+  return [[[UINavigationController alloc]
+      initWithRootViewController:[[[HushwallSettingsListController alloc] init] autorelease]] autorelease];
+}
+UIViewController* openFromMainPage(UINavigationController* navigation, SEL action) {
+  [[[navigation viewControllers] objectAtIndex:0] performSelector:action withObject:nil];
+  return [navigation topViewController];
 }
 
 struct ScreensDevice {
@@ -151,44 +147,29 @@ TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     gnustep::bootDevice(device.root.path());
     int& announced = heard(kContactsChangedNotification);
-    UINavigationController* navigation = [[UINavigationController alloc]
-        initWithRootViewController:[[[HushwallSettingsListController alloc] init] autorelease]];
-    UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @"Blacklist");
+    UINavigationController* navigation = mainPage();
+    UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @selector(showBlacklist:));
     ASSERT_TRUE([screen isKindOfClass:[HWBlacklistController class]]);
-    EXPECT_EQ(text([screen title]), "Blacklist");
     EXPECT_TRUE(shownRows(screen).empty());
     EXPECT_EQ(emptyState(screen), "No blocked numbers. Tap + to add one.");
 
     // "+" asks for the number and the name, in one alert.
-    tap([[screen navigationItem] rightBarButtonItem]);
-    const gnustep::ShownAlert prompt = shownAlerts().back();
-    EXPECT_EQ(prompt.title, "Add to Blacklist");
-    EXPECT_EQ(prompt.buttons, (std::vector<std::string>{"Cancel", "Add"}));
-    ASSERT_EQ(prompt.fields.size(), 2u);
-    EXPECT_EQ(prompt.fields[0].placeholder, "Number");
-    EXPECT_EQ(prompt.fields[1].placeholder, "Name");
-    EXPECT_FALSE(prompt.fields[1].secure) << "the name is shown as typed";
-    typeIntoAlertField(0, "+49 170 1234");
-    typeIntoAlertField(1, "Mallory");
     std::size_t alerts = shownAlerts().size();
-    answerAlert("Add");
-    EXPECT_EQ(shownAlerts().size(), alerts) << "no problem to report";
+    addThroughPrompt(screen, "+49 170 1234", "Mallory");
+    EXPECT_EQ(shownAlerts().size(), alerts + 1) << "the prompt, and no problem to report";
     testing::execSql(device.root.databaseFile(),
                      "INSERT INTO Blacklist (name, phoneNumber) VALUES ('Chat', '4930')");
     [(HWBlacklistController*)screen reload];
     EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"+49 170 1234|Mallory", "4930|Chat"}));
     EXPECT_EQ(emptyState(screen), "");
 
-    // Refusals are shown and write nothing; a cancelled prompt adds nothing.
+    // A refusal is shown and writes nothing (what is refused is the
+    // companion's to test); a cancelled prompt adds nothing.
     addThroughPrompt(screen, "4930", "Again");
     EXPECT_EQ(answerAlert("OK"), "'4930' is already on the blacklist; nothing added");
-    addThroughPrompt(screen, "4930 or so", "");
-    EXPECT_NE(answerAlert("OK").find("malformed phone number '4930 or so'"), std::string::npos);
     tap([[screen navigationItem] rightBarButtonItem]);
     typeIntoAlertField(0, "4917");
-    alerts = shownAlerts().size();
     answerAlert("Cancel");
-    EXPECT_EQ(shownAlerts().size(), alerts);
     EXPECT_EQ(shownRows(screen).size(), 2u);
 
     swipeToDelete(screen, 0, 0);
@@ -201,7 +182,7 @@ TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
     // screen alive (an alert does not keep its delegate), and its "Add"
     // still adds.
     NSAutoreleasePool* inner = [[NSAutoreleasePool alloc] init];
-    UIViewController* gone = openFromMainPage(navigation, @"Blacklist");
+    UIViewController* gone = openFromMainPage(navigation, @selector(showBlacklist:));
     tap([[gone navigationItem] rightBarButtonItem]);
     [navigation popViewControllerAnimated:NO];
     [inner release];
@@ -212,13 +193,11 @@ TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
     EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"4917|Late"}));
     EXPECT_TRUE(runLoopUntil([&] { return announced >= 4; }));
     EXPECT_EQ(announced, 4) << "two adds and two deletions";
-    [navigation release];
     [pool release];
   });
-  EXPECT_TRUE(testing::readHistoryRows(device.root.databaseFile()).empty());
 }
 
-TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsChanges) {
+TEST(SettingsScreens, HistoryShowsSectionsDeletesClearsAndFollowsChanges) {
   ScreensDevice device;
   const std::string picture = kData + "/4917/4917-1400000001.000000.png";
   fs::create_directories(device.root.native(kData + "/4917"));
@@ -235,9 +214,8 @@ TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsCh
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     gnustep::bootDevice(device.root.path());
     int& changes = heard(kNewMessagedAddedNotification);
-    UINavigationController* navigation = [[UINavigationController alloc]
-        initWithRootViewController:[[[HushwallSettingsListController alloc] init] autorelease]];
-    UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @"History");
+    UINavigationController* navigation = mainPage();
+    UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @selector(showHistory:));
     ASSERT_TRUE([screen isKindOfClass:[HWHistoryController class]]);
     std::vector<std::string> rows = shownRows(screen);
     ASSERT_EQ(rows.size(), 3u);
@@ -246,18 +224,6 @@ TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsCh
     EXPECT_EQ(rows[1].substr(0, rows[1].find(" · ")), "Spam (4917)|Picture|Spam");
     EXPECT_EQ(rows[2].substr(0, rows[2].find(" · ")), "Spam (4917)|Buy now|Spam");
     EXPECT_GT(rows[2].size(), rows[2].rfind(" · ") + 3) << "a date is shown: " << rows[2];
-
-    // The picture row opens the picture; coming back shows the list again.
-    [(id<UITableViewDelegate>)screen tableView:[screen tableView]
-                       didSelectRowAtIndexPath:[NSIndexPath indexPathForRow:0 inSection:1]];
-    HWPictureController* opened = (HWPictureController*)[navigation topViewController];
-    ASSERT_TRUE([opened isKindOfClass:[HWPictureController class]]);
-    EXPECT_EQ(text([opened path]), device.root.native(picture));
-    EXPECT_NE([(UIImageView*)[opened view] image], nil);
-    [navigation popViewControllerAnimated:YES];
-    [(id<UITableViewDelegate>)screen tableView:[screen tableView]
-                       didSelectRowAtIndexPath:[NSIndexPath indexPathForRow:1 inSection:1]];
-    EXPECT_EQ([navigation topViewController], screen) << "a row without a picture opens nothing";
 
     // A history change made elsewhere redraws the open screen.
     testing::execSql(device.root.databaseFile(),
@@ -279,9 +245,7 @@ TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsCh
 
     // "Clear History" asks first.
     UIBarButtonItem* clear = [[screen navigationItem] rightBarButtonItem];
-    EXPECT_EQ(text([clear title]), "Clear History");
     tap(clear);
-    EXPECT_EQ(shownAlerts().back().buttons, (std::vector<std::string>{"Cancel", "Clear History"}));
     EXPECT_EQ(answerAlert("Cancel"), "Every blocked message and its picture will be deleted.");
     EXPECT_EQ(shownRows(screen).size(), 3u);
     tap(clear);
@@ -292,7 +256,6 @@ TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsCh
     EXPECT_EQ(emptyState(screen), "No blocked messages.");
     EXPECT_FALSE([clear isEnabled]);
     EXPECT_TRUE(runLoopUntil([&] { return changes >= 3; }));
-    [navigation release];
     [pool release];
   });
   EXPECT_TRUE(testing::readHistoryRows(device.root.databaseFile()).empty());
