@@ -177,16 +177,17 @@ std::map<std::string, std::pair<int, int>> pngsIn(const fs::path& folder) {
   return found;
 }
 
-TEST(PackageLayout, ImagesAreShippedUnderTheNamesTheyAreLookedUpByAtEveryScale) {
+TEST(PackageLayout, ImagesAndTheSettingsBundleAreFoundUnderTheNamesTheyAreLookedUpBy) {
   // The status-bar item's name that the library asks for (model/hushwall.cpp),
   // behind the prefixes libstatusbar looks it up by on iOS 7 and 8
   // (scripts/render-images.sh), 14 x 20 points; the Settings row's icon,
   // 29 x 29 points, under the name the PreferenceLoader entry gives.
   const std::string model = readFile(kDevice / "../model/hushwall.cpp");
   ASSERT_NE(model.find("kStatusBarImageName[] = \"HSWL\""), std::string::npos);
-  Plist entry =
-      parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
-  ASSERT_EQ(stringOf(child(child(entry.get(), "entry"), "icon")), "icon.png");
+  Plist info = parse(kDevice / "HushwallSettings/Resources/Info.plist");
+  Plist entry = parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
+  plist_t cell = child(entry.get(), "entry");
+  ASSERT_EQ(stringOf(child(cell, "icon")), "icon.png");
   std::map<std::string, std::pair<int, int>> statusBar, settings;
   for (int scale = 1; scale <= 3; ++scale) {
     const std::string suffix = (scale == 1 ? "" : "@" + std::to_string(scale) + "x") + ".png";
@@ -197,6 +198,17 @@ TEST(PackageLayout, ImagesAreShippedUnderTheNamesTheyAreLookedUpByAtEveryScale) 
   }
   EXPECT_EQ(pngsIn(kDevice / "layout/System/Library/Frameworks/UIKit.framework"), statusBar);
   EXPECT_EQ(pngsIn(kDevice / "HushwallSettings/Resources"), settings);
+  // PreferenceLoader finds the bundle by the entry, and its principal class
+  // is the one the bundle's source defines.
+  EXPECT_EQ(stringOf(child(info.get(), "CFBundleIdentifier")), "com.Corvanta.HushwallSettings");
+  EXPECT_EQ(stringOf(child(info.get(), "CFBundleExecutable")), "HushwallSettings");
+  EXPECT_EQ(stringOf(child(cell, "bundle")), "HushwallSettings");
+  const std::string principal = stringOf(child(info.get(), "NSPrincipalClass"));
+  EXPECT_EQ(stringOf(child(cell, "detail")), principal);
+  EXPECT_NE(readFile(kDevice / "HushwallSettings/HushwallSettingsListController.m")
+                .find("@implementation " + principal + "\n"),
+            std::string::npos)
+      << principal;
 }
 
 // The main page's rows. A switch shows, before the user touches it, what
@@ -206,8 +218,7 @@ TEST(PackageLayout, ImagesAreShippedUnderTheNamesTheyAreLookedUpByAtEveryScale) 
 TEST(PackageLayout, MainPageSwitchesHaveTheLibrarysDefaultsAndButtonsOpenTheScreens) {
   Plist root = parse(kDevice / "HushwallSettings/Resources/Root.plist");
   plist_t items = child(root.get(), "items");
-  ASSERT_NE(items, nullptr);
-  ASSERT_EQ(plist_get_node_type(items), PLIST_ARRAY);
+  ASSERT_TRUE(items != nullptr && plist_get_node_type(items) == PLIST_ARRAY);
   std::map<std::string, bool> switches;
   std::map<std::string, std::string> actions;
   for (uint32_t i = 0; i < plist_array_get_size(items); ++i) {
@@ -222,8 +233,7 @@ TEST(PackageLayout, MainPageSwitchesHaveTheLibrarysDefaultsAndButtonsOpenTheScre
     EXPECT_EQ(stringOf(child(item, "defaults")), "com.Corvanta.HushwallSettings");
     EXPECT_EQ(stringOf(child(item, "PostNotification")), "com.Corvanta.HushwallSettings.settingsChanged");
     plist_t fallback = child(item, "default");
-    ASSERT_NE(fallback, nullptr);
-    ASSERT_EQ(plist_get_node_type(fallback), PLIST_BOOLEAN);
+    ASSERT_TRUE(fallback != nullptr && plist_get_node_type(fallback) == PLIST_BOOLEAN);
     uint8_t value = 0;
     plist_get_bool_val(fallback, &value);
     EXPECT_TRUE(switches.emplace(key, value != 0).second) << "two switches for one key";
@@ -237,24 +247,6 @@ TEST(PackageLayout, MainPageSwitchesHaveTheLibrarysDefaultsAndButtonsOpenTheScre
                                                    {"ActionButton", settings_ActionButton}}));
   EXPECT_EQ(actions, (std::map<std::string, std::string>{{"Blacklist", "showBlacklist:"},
                                                          {"History", "showHistory:"}}));
-}
-
-TEST(PackageLayout, SettingsBundleIsFoundByPreferenceLoader) {
-  Plist info = parse(kDevice / "HushwallSettings/Resources/Info.plist");
-  Plist entry =
-      parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
-  ASSERT_NE(info, nullptr);
-  ASSERT_NE(entry, nullptr);
-  plist_t cell = child(entry.get(), "entry");
-  EXPECT_EQ(stringOf(child(info.get(), "CFBundleIdentifier")), "com.Corvanta.HushwallSettings");
-  EXPECT_EQ(stringOf(child(info.get(), "CFBundleExecutable")), "HushwallSettings");
-  EXPECT_EQ(stringOf(child(cell, "bundle")), "HushwallSettings");
-  // The principal class is the one the bundle's source defines.
-  const std::string principal = stringOf(child(info.get(), "NSPrincipalClass"));
-  EXPECT_EQ(stringOf(child(cell, "detail")), principal);
-  const std::string source =
-      readFile(kDevice / "HushwallSettings/HushwallSettingsListController.m");
-  EXPECT_NE(source.find("@implementation " + principal + "\n"), std::string::npos) << principal;
 }
 
 // "type|name|tbl_name|sql" per schema object.
@@ -288,51 +280,44 @@ TEST(PackageLayout, TemplateDatabaseHasTheSimulatorsSchema) {
   EXPECT_EQ(schema, schemaOf(HUSHWALL_TEMPLATE_DB));
 }
 
-std::vector<std::string> lines(const std::string& text) {
+// The files of a list (one a line, or split at `delimiter`), as canonical paths.
+std::vector<std::string> files(const std::string& text, char delimiter = '\n') {
   std::vector<std::string> out;
   std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) {
+  for (std::string line; std::getline(in, line, delimiter);) {
     if (!line.empty()) out.push_back(fs::weakly_canonical(line).string());
   }
   return out;
 }
 
-// What Theos would compile: Theos itself is replaced by makefiles that only
-// print the lists.
-struct TheosLists {
-  TheosLists() {
-    const fs::path makefiles = fs::path(theos.path()) / "makefiles";
-    fs::create_directories(makefiles);
-    std::ofstream(makefiles / "common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
-    std::ofstream(makefiles / "tweak.mk") << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
-    std::ofstream(makefiles / "bundle.mk") << "hushwall-files:\n\t@printf '%s\\n' $(HushwallSettings_FILES)\n";
-    std::ofstream(makefiles / "aggregate.mk") << "\n";
-  }
-  std::vector<std::string> of(const fs::path& folder) {
-    return lines(run(std::string(HUSHWALL_MAKE) + " -s -C '" + folder.string() + "' THEOS='" +
-                     theos.path() + "' hushwall-files"));
-  }
+// What Theos would compile of `folder` (its list `name`_FILES): Theos itself
+// is replaced by makefiles that only print the list.
+std::vector<std::string> theosList(const fs::path& folder, const std::string& name) {
   testing::TempDeviceRoot theos;
-};
+  const fs::path makefiles = fs::path(theos.path()) / "makefiles";
+  fs::create_directories(makefiles);
+  std::ofstream(makefiles / "common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
+  std::ofstream(makefiles / "aggregate.mk") << "\n";
+  for (const char* kind : {"tweak.mk", "bundle.mk"}) {
+    std::ofstream(makefiles / kind) << "hushwall-files:\n\t@printf '%s\\n' $(" << name << "_FILES)\n";
+  }
+  return files(run(std::string(HUSHWALL_MAKE) + " -s -C '" + folder.string() + "' THEOS='" + theos.path() +
+                   "' hushwall-files"));
+}
 
 std::vector<std::string> scriptList(const char* list) {
-  return lines(run(std::string("'") + HUSHWALL_PACKAGE_SCRIPT + "' --list-sources " + list));
+  return files(run(std::string("'") + HUSHWALL_PACKAGE_SCRIPT + "' --list-sources " + list));
 }
 
 TEST(PackageLayout, BothBuildsCompileTheSameSourcesInTheOrderTheAdapterNeeds) {
-  TheosLists theos;
-  const std::vector<std::string> theosTweak = theos.of(kDevice);
   const std::vector<std::string> scriptTweak = scriptList("tweak");
   // The same files in the same order from the one list, for Theos and for
   // scripts/package-device.sh alike.
-  EXPECT_EQ(theosTweak, scriptTweak);
+  EXPECT_EQ(theosList(kDevice, "Hushwall"), scriptTweak);
   // And exactly the logic and the adapter that the Linux build links.
-  std::multiset<std::string> expected;
-  std::istringstream sources(HUSHWALL_PHONE_SOURCES);
-  for (std::string source; std::getline(sources, source, '|');) {
-    expected.insert(fs::weakly_canonical(source).string());
-  }
-  EXPECT_EQ(std::multiset<std::string>(scriptTweak.begin(), scriptTweak.end()), expected);
+  const std::vector<std::string> linked = files(HUSHWALL_PHONE_SOURCES, '|');
+  EXPECT_EQ(std::multiset<std::string>(scriptTweak.begin(), scriptTweak.end()),
+            std::multiset<std::string>(linked.begin(), linked.end()));
   // Under the GNU runtime each Objective-C file registers its classes from
   // an initialiser of its own, and initialisers run in link order: the one
   // that starts the tweak must come after every Objective-C++ file.
@@ -340,9 +325,8 @@ TEST(PackageLayout, BothBuildsCompileTheSameSourcesInTheOrderTheAdapterNeeds) {
   EXPECT_EQ(scriptTweak.back(),
             fs::weakly_canonical(kDevice / "../platform/darwin/load_time_initializer.cpp"));
 
-  const std::vector<std::string> theosBundle = theos.of(kDevice / "HushwallSettings");
   const std::vector<std::string> scriptBundle = scriptList("settings");
-  EXPECT_EQ(theosBundle, scriptBundle);
+  EXPECT_EQ(theosList(kDevice / "HushwallSettings", "HushwallSettings"), scriptBundle);
   ASSERT_FALSE(scriptBundle.empty());
   for (const std::string& file : scriptBundle) {
     EXPECT_EQ(file.find("_test."), std::string::npos) << file;
