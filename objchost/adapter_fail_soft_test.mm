@@ -102,10 +102,7 @@ Value raiseAfterHandingOn(const Value& self, const Selector& cmd, const Args& ar
 }
 
 struct FailSoft : ::testing::Test {
-  void SetUp() override {
-    pool = [[NSAutoreleasePool alloc] init];
-    replacementRuns = 0;
-  }
+  void SetUp() override { pool = [[NSAutoreleasePool alloc] init]; }
   void TearDown() override { [pool drain]; }
   // What a message from the host does, with no exception let through.
   template <typename Body>

@@ -8,6 +8,7 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -80,13 +81,9 @@ void swipeToDelete(UITableViewController* screen, NSInteger section, NSInteger r
 std::string answerAlert(const std::string& button) {
   if (shownAlerts().empty()) return "(no alert)";
   const gnustep::ShownAlert alert = shownAlerts().back();
-  for (std::size_t i = 0; i < alert.buttons.size(); ++i) {
-    if (alert.buttons[i] == button) {
-      gnustep::tapAlertButton(static_cast<std::int64_t>(i));
-      return alert.message;
-    }
-  }
-  ADD_FAILURE() << "the alert '" << alert.title << "' has no button " << button;
+  const auto found = std::find(alert.buttons.begin(), alert.buttons.end(), button);
+  EXPECT_NE(found, alert.buttons.end()) << "the alert '" << alert.title << "' has no button " << button;
+  if (found != alert.buttons.end()) gnustep::tapAlertButton(found - alert.buttons.begin());
   return alert.message;
 }
 
@@ -135,17 +132,26 @@ UIViewController* openFromMainPage(UINavigationController* navigation, SEL actio
   return [navigation topViewController];
 }
 
-struct ScreensDevice {
-  ScreensDevice() { root.installDatabase(); }
+// Both screens in one app process on one device: the blacklist's add,
+// refusal, cancel and delete, then the history's sections, redraw, delete
+// and clear.
+TEST(SettingsScreens, BlacklistAndHistoryShowTheDatabaseAndTheirActionsReachIt) {
   testing::TempDeviceRoot root;
+  root.installDatabase();
   testing::PrivateBus bus{root.path()};
-};
-
-TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
-  ScreensDevice device;
+  const std::string picture = kData + "/4917/4917-1400000001.000000.png";
+  fs::create_directories(root.native(kData + "/4917"));
+  std::ofstream(root.native(picture)) << "png bytes";
+  std::ofstream(root.native(kData + "/keep.txt")) << "not a picture";
+  testing::execSql(root.databaseFile(),
+                   "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType,"
+                   " mediaFileName, mediaURL, isMine) VALUES"
+                   " ('4917', 'Spam', 'Buy now', 1400000000, 0, 0, '', '', 0),"
+                   " ('4917', 'Spam', '', 1400000001, 0, 1, '" + picture + "', 'u', 0),"
+                   " ('4930', 'Bob', 'hi', 1400000002, 2, 0, '', '', 0);");
   testing::runInChildProcess([&] {
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-    gnustep::bootDevice(device.root.path());
+    gnustep::bootDevice(root.path());
     int& announced = heard(kContactsChangedNotification);
     UINavigationController* navigation = mainPage();
     UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @selector(showBlacklist:));
@@ -157,7 +163,7 @@ TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
     std::size_t alerts = shownAlerts().size();
     addThroughPrompt(screen, "+49 170 1234", "Mallory");
     EXPECT_EQ(shownAlerts().size(), alerts + 1) << "the prompt, and no problem to report";
-    testing::execSql(device.root.databaseFile(),
+    testing::execSql(root.databaseFile(),
                      "INSERT INTO Blacklist (name, phoneNumber) VALUES ('Chat', '4930')");
     [(HWBlacklistController*)screen reload];
     EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"+49 170 1234|Mallory", "4930|Chat"}));
@@ -193,29 +199,10 @@ TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
     EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"4917|Late"}));
     EXPECT_TRUE(runLoopUntil([&] { return announced >= 4; }));
     EXPECT_EQ(announced, 4) << "two adds and two deletions";
-    [pool release];
-  });
-}
 
-TEST(SettingsScreens, HistoryShowsSectionsDeletesClearsAndFollowsChanges) {
-  ScreensDevice device;
-  const std::string picture = kData + "/4917/4917-1400000001.000000.png";
-  fs::create_directories(device.root.native(kData + "/4917"));
-  std::ofstream(device.root.native(picture)) << "png bytes";
-  std::ofstream(device.root.native(kData + "/keep.txt")) << "not a picture";
-  testing::execSql(device.root.databaseFile(),
-                   "INSERT INTO Blacklist (name, phoneNumber) VALUES ('Spam', '4917');"
-                   "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType,"
-                   " mediaFileName, mediaURL, isMine) VALUES"
-                   " ('4917', 'Spam', 'Buy now', 1400000000, 0, 0, '', '', 0),"
-                   " ('4917', 'Spam', '', 1400000001, 0, 1, '" + picture + "', 'u', 0),"
-                   " ('4930', 'Bob', 'hi', 1400000002, 2, 0, '', '', 0);");
-  testing::runInChildProcess([&] {
-    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-    gnustep::bootDevice(device.root.path());
+    // The history, newest first by sections.
     int& changes = heard(kNewMessagedAddedNotification);
-    UINavigationController* navigation = mainPage();
-    UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @selector(showHistory:));
+    screen = (UITableViewController*)openFromMainPage(navigation, @selector(showHistory:));
     ASSERT_TRUE([screen isKindOfClass:[HWHistoryController class]]);
     std::vector<std::string> rows = shownRows(screen);
     ASSERT_EQ(rows.size(), 3u);
@@ -226,7 +213,7 @@ TEST(SettingsScreens, HistoryShowsSectionsDeletesClearsAndFollowsChanges) {
     EXPECT_GT(rows[2].size(), rows[2].rfind(" · ") + 3) << "a date is shown: " << rows[2];
 
     // A history change made elsewhere redraws the open screen.
-    testing::execSql(device.root.databaseFile(),
+    testing::execSql(root.databaseFile(),
                      "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType,"
                      " mediaFileName, mediaURL, isMine) VALUES ('4917', 'Me', 'stop', 1400000009, 1, 0, '', '', 1)");
     const NSInteger reloads = [[screen tableView] reloadCount];
@@ -240,7 +227,7 @@ TEST(SettingsScreens, HistoryShowsSectionsDeletesClearsAndFollowsChanges) {
 
     // Swipe to delete takes the row and its picture.
     swipeToDelete(screen, 0, 1);
-    EXPECT_FALSE(fs::exists(device.root.native(picture)));
+    EXPECT_FALSE(fs::exists(root.native(picture)));
     EXPECT_EQ(shownRows(screen).size(), 3u);
 
     // "Clear History" asks first.
@@ -249,7 +236,7 @@ TEST(SettingsScreens, HistoryShowsSectionsDeletesClearsAndFollowsChanges) {
     EXPECT_EQ(answerAlert("Cancel"), "Every blocked message and its picture will be deleted.");
     EXPECT_EQ(shownRows(screen).size(), 3u);
     tap(clear);
-    const std::size_t alerts = shownAlerts().size();
+    alerts = shownAlerts().size();
     answerAlert("Clear History");
     EXPECT_EQ(shownAlerts().size(), alerts) << "no problem to report";
     EXPECT_TRUE(shownRows(screen).empty());
@@ -258,9 +245,9 @@ TEST(SettingsScreens, HistoryShowsSectionsDeletesClearsAndFollowsChanges) {
     EXPECT_TRUE(runLoopUntil([&] { return changes >= 3; }));
     [pool release];
   });
-  EXPECT_TRUE(testing::readHistoryRows(device.root.databaseFile()).empty());
-  EXPECT_TRUE(fs::exists(device.root.native(kData + "/keep.txt")));
-  EXPECT_TRUE(fs::exists(device.root.databaseFile()));
+  EXPECT_TRUE(testing::readHistoryRows(root.databaseFile()).empty());
+  EXPECT_TRUE(fs::exists(root.native(kData + "/keep.txt")));
+  EXPECT_TRUE(fs::exists(root.databaseFile()));
 }
 
 }  // namespace
