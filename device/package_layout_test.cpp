@@ -9,7 +9,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -39,16 +38,13 @@ std::string readFile(const fs::path& path) {
   return out.str();
 }
 
-struct PlistDeleter {
-  void operator()(plist_t node) const { plist_free(node); }
-};
-using Plist = std::unique_ptr<void, PlistDeleter>;
+using Plist = std::unique_ptr<void, decltype(&plist_free)>;
 
 Plist parse(const fs::path& path) {
   const std::string bytes = readFile(path);
   plist_t root = nullptr;
   if (!bytes.empty()) plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
-  return Plist(root);
+  return Plist(root, &plist_free);
 }
 
 plist_t child(plist_t dict, const char* key) {
@@ -58,11 +54,7 @@ plist_t child(plist_t dict, const char* key) {
 
 std::string stringOf(plist_t node) {
   if (node == nullptr || plist_get_node_type(node) != PLIST_STRING) return "(not a string)";
-  char* value = nullptr;
-  plist_get_string_val(node, &value);
-  std::string text = value != nullptr ? value : "";
-  std::free(value);
-  return text;
+  return plist_get_string_ptr(node, nullptr);
 }
 
 // Runs a shell command; its standard output, or a failure.

@@ -49,6 +49,7 @@ TEST(HushwallSimScenario, AScenarioThatCannotBePlayedIsRefusedNamingTheStepAndLe
       {"bad JSON", R"({"steps": [)", {"scenario.json", "not valid JSON"}},
       {"a number no double holds", R"({"steps": [{"do": "answer", "index": 1e400}]})",
        {"not valid JSON", "number overflow"}},
+      {"invalid UTF-8 in a text", "{\"steps\": [{\"do\": \"tap\", \"button\": \"\xff\xfe\"}]}", {"not valid JSON"}},
       {"NUL, then junk", std::string("{\"steps\": []}\0{junk", 20), {"not valid JSON: a NUL byte at offset 13"}},
       {"settings nested 30,000 deep", R"({"settings": {"Enabled": true, "a": )" + nested(30000, "{\"a\": ", "true", "}") + "}}",
        {"scenario: nested more than 128 levels deep (at settings/a/a/a/...)"}},
