@@ -1,15 +1,14 @@
 // The phone's package as Theos would lay it out, checked without Theos or
-// an iOS SDK: property lists, the Substrate filter, the control file, the
+// an iOS SDK: its four property lists (each parsed by a test below), the
+// Substrate filter, the control file, the
 // settings switches against the library's own defaults, the template
 // database against the simulator's, and the tweak's sources against what
-// the Linux build of the adapter links.
+// the Linux build of the adapter links. (The firmware range is held to the
+// hook table by objchost/springboard_firmware_test.mm.)
 #include <plist/plist.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -22,8 +21,9 @@
 
 #include <gtest/gtest.h>
 
-#include "startup/hook_table.h"
 #include "startup/settings.h"
+#include "testing/running_program.h"
+#include "testing/temp_device_root.h"
 
 namespace hushwall {
 namespace {
@@ -33,22 +33,18 @@ namespace fs = std::filesystem;
 const fs::path kDevice = HUSHWALL_DEVICE_DIR;
 
 std::string readFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
   std::ostringstream out;
-  out << in.rdbuf();
+  out << std::ifstream(path, std::ios::binary).rdbuf();
   return out.str();
 }
 
-struct PlistDeleter {
-  void operator()(plist_t node) const { plist_free(node); }
-};
-using Plist = std::unique_ptr<void, PlistDeleter>;
+using Plist = std::unique_ptr<void, decltype(&plist_free)>;
 
 Plist parse(const fs::path& path) {
   const std::string bytes = readFile(path);
   plist_t root = nullptr;
   if (!bytes.empty()) plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
-  return Plist(root);
+  return Plist(root, &plist_free);
 }
 
 plist_t child(plist_t dict, const char* key) {
@@ -58,77 +54,25 @@ plist_t child(plist_t dict, const char* key) {
 
 std::string stringOf(plist_t node) {
   if (node == nullptr || plist_get_node_type(node) != PLIST_STRING) return "(not a string)";
-  char* value = nullptr;
-  plist_get_string_val(node, &value);
-  std::string text = value != nullptr ? value : "";
-  std::free(value);
-  return text;
+  return plist_get_string_ptr(node, nullptr);
 }
-
-std::set<std::string> keysOf(plist_t dict) {
-  std::set<std::string> keys;
-  plist_dict_iter it = nullptr;
-  plist_dict_new_iter(dict, &it);
-  for (;;) {
-    char* key = nullptr;
-    plist_t value = nullptr;
-    plist_dict_next_item(dict, it, &key, &value);
-    if (key == nullptr) break;
-    keys.insert(key);
-    std::free(key);
-  }
-  std::free(it);
-  return keys;
-}
-
-// A temporary folder, removed with everything in it.
-struct TempDir {
-  TempDir() {
-    std::string pattern = (fs::temp_directory_path() / "hushwall-package-XXXXXX").string();
-    path = ::mkdtemp(pattern.data());
-  }
-  ~TempDir() { fs::remove_all(path); }
-  fs::path path;
-};
 
 // Runs a shell command; its standard output, or a failure.
 std::string run(const std::string& command) {
-  std::string output;
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) {
-    ADD_FAILURE() << "cannot run " << command;
-    return output;
-  }
-  char buffer[4096];
-  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-    output.append(buffer, n);
-  EXPECT_EQ(::pclose(pipe), 0) << command;
+  std::string output, errors;
+  EXPECT_EQ(testing::runProgram({"/bin/sh", "-c", command}, &output, &errors), 0) << command << "\n" << errors;
   return output;
-}
-
-TEST(PackageLayout, EveryPropertyListParses) {
-  std::vector<fs::path> plists;
-  for (const auto& entry : fs::recursive_directory_iterator(kDevice)) {
-    if (entry.path().extension() == ".plist") plists.push_back(entry.path());
-  }
-  // The filter, the bundle's Info.plist and Root.plist, the PreferenceLoader entry.
-  EXPECT_EQ(plists.size(), 4u);
-  for (const fs::path& path : plists) {
-    Plist root = parse(path);
-    ASSERT_NE(root, nullptr) << path;
-    EXPECT_EQ(plist_get_node_type(root.get()), PLIST_DICT) << path;
-  }
 }
 
 TEST(PackageLayout, FilterNamesExactlyTheMessengerAndSpringBoard) {
   Plist filter = parse(kDevice / "Hushwall.plist");
-  ASSERT_NE(filter, nullptr);
-  EXPECT_EQ(keysOf(filter.get()), std::set<std::string>{"Filter"});
+  // Only Filter, holding only Bundles: any other key (Executables, Classes,
+  // Mode) would change whom it loads into.
   plist_t inner = child(filter.get(), "Filter");
-  // Any other key (Executables, Classes, Mode) would change whom it loads into.
-  EXPECT_EQ(keysOf(inner), std::set<std::string>{"Bundles"});
   plist_t bundles = child(inner, "Bundles");
   ASSERT_NE(bundles, nullptr);
+  EXPECT_EQ(plist_dict_get_size(filter.get()), 1u);
+  EXPECT_EQ(plist_dict_get_size(inner), 1u);
   ASSERT_EQ(plist_get_node_type(bundles), PLIST_ARRAY);
   std::multiset<std::string> names;
   for (uint32_t i = 0; i < plist_array_get_size(bundles); ++i) {
@@ -154,13 +98,8 @@ std::map<std::string, std::string> controlFields(const std::string& text) {
 
 std::set<std::string> dependencyNames(const std::string& depends) {
   std::set<std::string> names;
-  std::istringstream list(depends);
-  for (std::string item; std::getline(list, item, ',');) {
-    std::istringstream words(item);
-    std::string name;
-    words >> name;
-    names.insert(name);
-  }
+  const std::regex name(R"((?:^|,)\s*([^\s,(]+))");
+  for (std::sregex_iterator it(depends.begin(), depends.end(), name), end; it != end; ++it) names.insert((*it)[1]);
   return names;
 }
 
@@ -181,10 +120,11 @@ TEST(PackageLayout, ControlFilesOfBothBuildsAreValidAndDifferOnlyInTheDevices) {
       EXPECT_TRUE(std::regex_match((*fields)[person], std::regex(R"([^<>]+ <[^<>@ ]+@[^<>@ ]+>)")))
           << person << " needs a name and an address: " << (*fields)[person];
     }
-    EXPECT_EQ((*fields)["Architecture"], "iphoneos-arm");
-    EXPECT_EQ((*fields)["Section"], "Tweaks");
     // The icon Cydia shows is the Settings row's, installed by the package.
-    EXPECT_EQ((*fields)["Icon"], "file:///Library/PreferenceBundles/HushwallSettings.bundle/icon.png");
+    for (auto [key, value] : {std::pair{"Architecture", "iphoneos-arm"}, {"Section", "Tweaks"},
+                              {"Icon", "file:///Library/PreferenceBundles/HushwallSettings.bundle/icon.png"}}) {
+      EXPECT_EQ((*fields)[key], value);
+    }
   }
   const std::set<std::string> common = {"mobilesubstrate", "preferenceloader", "libstatusbar",
                                         "firmware"};
@@ -197,96 +137,36 @@ TEST(PackageLayout, ControlFilesOfBothBuildsAreValidAndDifferOnlyInTheDevices) {
   EXPECT_EQ(theos, arm64);
 }
 
-// The control file's firmware bounds, as major * 100 + minor.
-std::pair<int, int> controlledFirmware() {
-  const std::string text = readFile(kDevice / "control");
-  std::smatch since, before;
-  const bool found =
-      std::regex_search(text, since, std::regex(R"(firmware \(>= ([0-9]+)\.([0-9]+)\))")) &&
-      std::regex_search(text, before, std::regex(R"(firmware \(<< ([0-9]+)\.([0-9]+)\))"));
-  if (!found) return {0, 0};
-  return {std::stoi(since[1]) * 100 + std::stoi(since[2]),
-          std::stoi(before[1]) * 100 + std::stoi(before[2])};
-}
-
-TEST(PackageLayout, FirmwareRangeIsExactlyWhereEveryHookedMethodExists) {
-  for (const HookGroup* group : {&kWhatsAppHooks, &kSpringBoardHooks}) {
-    for (std::size_t i = 0; i < group->count; ++i) {
-      const HookEntry& e = group->entries[i];
-      SCOPED_TRACE(std::string(e.className) + " " + e.selector);
-      // Every entry says where its range comes from.
-      ASSERT_NE(e.availability.note, nullptr);
-      EXPECT_GT(std::string(e.availability.note).size(), 10u);
-      EXPECT_LE(e.availability.since, e.availability.before);
-      // The messenger's methods follow WhatsApp, not the firmware; an added
-      // method exists wherever its class does.
-      const bool firmwareBound = group == &kSpringBoardHooks && e.how == HookEntry::How::kReplace;
-      EXPECT_EQ(e.availability.since != 0, firmwareBound);
-    }
-  }
-  // Each SpringBoard role (a class's method, in whichever of its shapes)
-  // must exist without a gap over a range; the package can promise only
-  // what every role covers.
-  std::map<std::string, std::vector<std::pair<int, int>>> roles;
-  for (std::size_t i = 0; i < kSpringBoardHooks.count; ++i) {
-    const HookEntry& e = kSpringBoardHooks.entries[i];
-    if (e.availability.since == 0) continue;
-    const std::string selector = e.selector;
-    roles[std::string(e.className) + " " + selector.substr(0, selector.find(':'))].push_back(
-        {e.availability.since, e.availability.before});
-  }
-  ASSERT_EQ(roles.size(), 4u);  // banner, lock screen, notification centre, badge
-  int since = 0;
-  int before = 10000;
-  for (auto& [role, ranges] : roles) {
-    std::sort(ranges.begin(), ranges.end());
-    for (std::size_t i = 1; i < ranges.size(); ++i) {
-      EXPECT_EQ(ranges[i].first, ranges[i - 1].second) << role << ": a gap or an overlap";
-    }
-    since = std::max(since, ranges.front().first);
-    before = std::min(before, ranges.back().second);
-  }
-  EXPECT_EQ(controlledFirmware(), std::make_pair(since, before))
-      << "device/control must say firmware (>= " << since / 100 << "." << since % 100
-      << "), firmware (<< " << before / 100 << "." << before % 100 << ")";
-}
-
-// A PNG's width and height from its header, or {0, 0} for what is not one.
-std::pair<int, int> pngSize(const fs::path& path) {
-  const std::string bytes = readFile(path);
-  if (bytes.size() < 24 || bytes.compare(0, 8, "\x89PNG\r\n\x1a\n") != 0 ||
-      bytes.compare(12, 4, "IHDR") != 0) {
-    return {0, 0};
-  }
-  auto be32 = [&](std::size_t at) {
-    int value = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-      value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
-    }
-    return value;
-  };
-  return {be32(16), be32(20)};
-}
-
-// The PNGs of a folder, by name, with their sizes.
+// The PNGs of a folder, by name, with their width and height from the
+// header ({0, 0} for what is not one).
 std::map<std::string, std::pair<int, int>> pngsIn(const fs::path& folder) {
   std::map<std::string, std::pair<int, int>> found;
   for (const auto& entry : fs::directory_iterator(folder)) {
-    if (entry.path().extension() == ".png") found[entry.path().filename().string()] = pngSize(entry.path());
+    if (entry.path().extension() != ".png") continue;
+    const std::string bytes = readFile(entry.path());
+    auto be32 = [&](std::size_t at) {
+      int value = 0;
+      for (std::size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+      return value;
+    };
+    const bool png = bytes.size() >= 24 && bytes.compare(0, 8, "\x89PNG\r\n\x1a\n") == 0 &&
+                     bytes.compare(12, 4, "IHDR") == 0;
+    found[entry.path().filename().string()] = png ? std::make_pair(be32(16), be32(20)) : std::make_pair(0, 0);
   }
   return found;
 }
 
-TEST(PackageLayout, ImagesAreShippedUnderTheNamesTheyAreLookedUpByAtEveryScale) {
+TEST(PackageLayout, ImagesAndTheSettingsBundleAreFoundUnderTheNamesTheyAreLookedUpBy) {
   // The status-bar item's name that the library asks for (model/hushwall.cpp),
   // behind the prefixes libstatusbar looks it up by on iOS 7 and 8
   // (scripts/render-images.sh), 14 x 20 points; the Settings row's icon,
   // 29 x 29 points, under the name the PreferenceLoader entry gives.
   const std::string model = readFile(kDevice / "../model/hushwall.cpp");
   ASSERT_NE(model.find("kStatusBarImageName[] = \"HSWL\""), std::string::npos);
-  Plist entry =
-      parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
-  ASSERT_EQ(stringOf(child(child(entry.get(), "entry"), "icon")), "icon.png");
+  Plist info = parse(kDevice / "HushwallSettings/Resources/Info.plist");
+  Plist entry = parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
+  plist_t cell = child(entry.get(), "entry");
+  ASSERT_EQ(stringOf(child(cell, "icon")), "icon.png");
   std::map<std::string, std::pair<int, int>> statusBar, settings;
   for (int scale = 1; scale <= 3; ++scale) {
     const std::string suffix = (scale == 1 ? "" : "@" + std::to_string(scale) + "x") + ".png";
@@ -297,104 +177,78 @@ TEST(PackageLayout, ImagesAreShippedUnderTheNamesTheyAreLookedUpByAtEveryScale) 
   }
   EXPECT_EQ(pngsIn(kDevice / "layout/System/Library/Frameworks/UIKit.framework"), statusBar);
   EXPECT_EQ(pngsIn(kDevice / "HushwallSettings/Resources"), settings);
+  // PreferenceLoader finds the bundle by the entry, and its principal class
+  // is the one the bundle's source defines.
+  EXPECT_EQ(stringOf(child(info.get(), "CFBundleIdentifier")), "com.Corvanta.HushwallSettings");
+  EXPECT_EQ(stringOf(child(info.get(), "CFBundleExecutable")), "HushwallSettings");
+  EXPECT_EQ(stringOf(child(cell, "bundle")), "HushwallSettings");
+  const std::string principal = stringOf(child(info.get(), "NSPrincipalClass"));
+  EXPECT_EQ(stringOf(child(cell, "detail")), principal);
+  EXPECT_NE(readFile(kDevice / "HushwallSettings/HushwallSettingsListController.m")
+                .find("@implementation " + principal + "\n"),
+            std::string::npos)
+      << principal;
 }
 
-TEST(PackageLayout, SwitchesWriteEverySettingWithTheLibrarysDefaults) {
-  // What the library assumes for a key missing from the settings file is
-  // what the switch must show before the user touches it.
-  const std::map<std::string, bool> libraryDefaults = {
-      {"Enabled", settings_Enabled},
-      {"SaveHistory", settings_SaveHistory},
-      {"ShowStatusbarIcon", settings_ShowStatusBarIcon},
-      {"Vibrate", settings_Vibrate},
-      {"ContactsOnly", settings_ContactsOnly},
-      {"DeleteMessages", settings_DeleteMessages},
-      {"ActionButton", settings_ActionButton}};
+// The main page's rows. A switch shows, before the user touches it, what
+// the library assumes for a key missing from the settings file. Preferences
+// performs a row's `action` when the row is a button; a link row would push
+// its `detail` instead (HushwallSettingsListController+Screens.mm).
+TEST(PackageLayout, MainPageSwitchesHaveTheLibrarysDefaultsAndButtonsOpenTheScreens) {
   Plist root = parse(kDevice / "HushwallSettings/Resources/Root.plist");
-  ASSERT_NE(root, nullptr);
   plist_t items = child(root.get(), "items");
-  ASSERT_NE(items, nullptr);
-  ASSERT_EQ(plist_get_node_type(items), PLIST_ARRAY);
+  ASSERT_TRUE(items != nullptr && plist_get_node_type(items) == PLIST_ARRAY);
   std::map<std::string, bool> switches;
+  std::map<std::string, std::string> actions;
   for (uint32_t i = 0; i < plist_array_get_size(items); ++i) {
     plist_t item = plist_array_get_item(items, i);
+    if (child(item, "action") != nullptr) {
+      EXPECT_EQ(stringOf(child(item, "cell")), "PSButtonCell") << stringOf(child(item, "label"));
+      actions[stringOf(child(item, "label"))] = stringOf(child(item, "action"));
+    }
     if (stringOf(child(item, "cell")) != "PSSwitchCell") continue;
     const std::string key = stringOf(child(item, "key"));
     SCOPED_TRACE(key);
     EXPECT_EQ(stringOf(child(item, "defaults")), "com.Corvanta.HushwallSettings");
-    EXPECT_EQ(stringOf(child(item, "PostNotification")),
-              "com.Corvanta.HushwallSettings.settingsChanged");
+    EXPECT_EQ(stringOf(child(item, "PostNotification")), "com.Corvanta.HushwallSettings.settingsChanged");
     plist_t fallback = child(item, "default");
-    ASSERT_NE(fallback, nullptr);
-    ASSERT_EQ(plist_get_node_type(fallback), PLIST_BOOLEAN);
+    ASSERT_TRUE(fallback != nullptr && plist_get_node_type(fallback) == PLIST_BOOLEAN);
     uint8_t value = 0;
     plist_get_bool_val(fallback, &value);
     EXPECT_TRUE(switches.emplace(key, value != 0).second) << "two switches for one key";
   }
-  EXPECT_EQ(switches, libraryDefaults);
-}
-
-TEST(PackageLayout, ScreensAreOpenedByButtonRowsOfTheMainPage) {
-  // Preferences performs a row's `action` when the row is a button; a link
-  // row pushes its `detail` instead (HushwallSettingsListController+Screens.mm).
-  Plist root = parse(kDevice / "HushwallSettings/Resources/Root.plist");
-  ASSERT_NE(root, nullptr);
-  plist_t items = child(root.get(), "items");
-  ASSERT_NE(items, nullptr);
-  std::map<std::string, std::string> actions;
-  for (uint32_t i = 0; i < plist_array_get_size(items); ++i) {
-    plist_t item = plist_array_get_item(items, i);
-    if (child(item, "action") == nullptr) continue;
-    const std::string label = stringOf(child(item, "label"));
-    EXPECT_EQ(stringOf(child(item, "cell")), "PSButtonCell") << label;
-    actions[label] = stringOf(child(item, "action"));
-  }
+  EXPECT_EQ(switches, (std::map<std::string, bool>{{"Enabled", settings_Enabled},
+                                                   {"SaveHistory", settings_SaveHistory},
+                                                   {"ShowStatusbarIcon", settings_ShowStatusBarIcon},
+                                                   {"Vibrate", settings_Vibrate},
+                                                   {"ContactsOnly", settings_ContactsOnly},
+                                                   {"DeleteMessages", settings_DeleteMessages},
+                                                   {"ActionButton", settings_ActionButton}}));
   EXPECT_EQ(actions, (std::map<std::string, std::string>{{"Blacklist", "showBlacklist:"},
                                                          {"History", "showHistory:"}}));
 }
 
-TEST(PackageLayout, SettingsBundleIsFoundByPreferenceLoader) {
-  Plist info = parse(kDevice / "HushwallSettings/Resources/Info.plist");
-  Plist entry =
-      parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
-  ASSERT_NE(info, nullptr);
-  ASSERT_NE(entry, nullptr);
-  plist_t cell = child(entry.get(), "entry");
-  EXPECT_EQ(stringOf(child(info.get(), "CFBundleIdentifier")), "com.Corvanta.HushwallSettings");
-  EXPECT_EQ(stringOf(child(info.get(), "CFBundleExecutable")), "HushwallSettings");
-  EXPECT_EQ(stringOf(child(cell, "bundle")), "HushwallSettings");
-  // The principal class is the one the bundle's source defines.
-  const std::string principal = stringOf(child(info.get(), "NSPrincipalClass"));
-  EXPECT_EQ(stringOf(child(cell, "detail")), principal);
-  const std::string source =
-      readFile(kDevice / "HushwallSettings/HushwallSettingsListController.m");
-  EXPECT_NE(source.find("@implementation " + principal + "\n"), std::string::npos) << principal;
-}
-
+// "type|name|tbl_name|sql" per schema object.
 std::string schemaOf(const fs::path& database) {
   sqlite3* db = nullptr;
   std::string schema;
   if (sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(db,
-                       "SELECT type, name, tbl_name, sql FROM sqlite_master ORDER BY type, name",
-                       -1, &statement, nullptr);
-    while (statement != nullptr && sqlite3_step(statement) == SQLITE_ROW) {
-      for (int c = 0; c < 4; ++c) {
-        const unsigned char* text = sqlite3_column_text(statement, c);
-        schema += text != nullptr ? reinterpret_cast<const char*>(text) : "NULL";
-        schema += c < 3 ? "|" : "\n";
-      }
-    }
-    sqlite3_finalize(statement);
+    sqlite3_exec(db, "SELECT type, name, tbl_name, sql FROM sqlite_master ORDER BY type, name",
+                 [](void* out, int n, char** values, char**) {
+                   for (int c = 0; c < n; ++c) {
+                     *static_cast<std::string*>(out) += std::string(values[c] ? values[c] : "NULL") + (c + 1 < n ? "|" : "\n");
+                   }
+                   return 0;
+                 },
+                 &schema, nullptr);
   }
   sqlite3_close(db);
   return schema;
 }
 
 TEST(PackageLayout, TemplateDatabaseHasTheSimulatorsSchema) {
-  TempDir temp;
-  const fs::path made = temp.path / "bundle" / "HSWL.db";
+  testing::TempDeviceRoot temp;
+  const fs::path made = fs::path(temp.path()) / "bundle" / "HSWL.db";
   // The very rule the settings bundle's Makefile stages the template with.
   run(std::string(HUSHWALL_MAKE) + " -s -f '" +
       (kDevice / "HushwallSettings/template_db.mk").string() + "' '" + made.string() + "'");
@@ -405,56 +259,44 @@ TEST(PackageLayout, TemplateDatabaseHasTheSimulatorsSchema) {
   EXPECT_EQ(schema, schemaOf(HUSHWALL_TEMPLATE_DB));
 }
 
-std::vector<std::string> lines(const std::string& text) {
+// The files of a list (one a line, or split at `delimiter`), as canonical paths.
+std::vector<std::string> files(const std::string& text, char delimiter = '\n') {
   std::vector<std::string> out;
   std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) {
+  for (std::string line; std::getline(in, line, delimiter);) {
     if (!line.empty()) out.push_back(fs::weakly_canonical(line).string());
   }
   return out;
 }
 
-std::multiset<std::string> multisetOf(const std::vector<std::string>& items) {
-  return {items.begin(), items.end()};
+// What Theos would compile of `folder` (its list `name`_FILES): Theos itself
+// is replaced by makefiles that only print the list.
+std::vector<std::string> theosList(const fs::path& folder, const std::string& name) {
+  testing::TempDeviceRoot theos;
+  const fs::path makefiles = fs::path(theos.path()) / "makefiles";
+  fs::create_directories(makefiles);
+  std::ofstream(makefiles / "common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
+  std::ofstream(makefiles / "aggregate.mk") << "\n";
+  for (const char* kind : {"tweak.mk", "bundle.mk"}) {
+    std::ofstream(makefiles / kind) << "hushwall-files:\n\t@printf '%s\\n' $(" << name << "_FILES)\n";
+  }
+  return files(run(std::string(HUSHWALL_MAKE) + " -s -C '" + folder.string() + "' THEOS='" + theos.path() +
+                   "' hushwall-files"));
 }
 
-// What Theos would compile: Theos itself is replaced by makefiles that only
-// print the lists.
-struct TheosLists {
-  TheosLists() {
-    fs::create_directories(theos.path / "makefiles");
-    std::ofstream(theos.path / "makefiles/common.mk") << "THEOS_MAKE_PATH := $(THEOS)/makefiles\n";
-    std::ofstream(theos.path / "makefiles/tweak.mk")
-        << "hushwall-files:\n\t@printf '%s\\n' $(Hushwall_FILES)\n";
-    std::ofstream(theos.path / "makefiles/bundle.mk")
-        << "hushwall-files:\n\t@printf '%s\\n' $(HushwallSettings_FILES)\n";
-    std::ofstream(theos.path / "makefiles/aggregate.mk") << "\n";
-  }
-  std::vector<std::string> of(const fs::path& folder) {
-    return lines(run(std::string(HUSHWALL_MAKE) + " -s -C '" + folder.string() + "' THEOS='" +
-                     theos.path.string() + "' hushwall-files"));
-  }
-  TempDir theos;
-};
-
 std::vector<std::string> scriptList(const char* list) {
-  return lines(run(std::string("'") + HUSHWALL_PACKAGE_SCRIPT + "' --list-sources " + list));
+  return files(run(std::string("'") + HUSHWALL_PACKAGE_SCRIPT + "' --list-sources " + list));
 }
 
 TEST(PackageLayout, BothBuildsCompileTheSameSourcesInTheOrderTheAdapterNeeds) {
-  TheosLists theos;
-  const std::vector<std::string> theosTweak = theos.of(kDevice);
   const std::vector<std::string> scriptTweak = scriptList("tweak");
   // The same files in the same order from the one list, for Theos and for
   // scripts/package-device.sh alike.
-  EXPECT_EQ(theosTweak, scriptTweak);
+  EXPECT_EQ(theosList(kDevice, "Hushwall"), scriptTweak);
   // And exactly the logic and the adapter that the Linux build links.
-  std::multiset<std::string> expected;
-  std::istringstream sources(HUSHWALL_PHONE_SOURCES);
-  for (std::string source; std::getline(sources, source, '|');) {
-    expected.insert(fs::weakly_canonical(source).string());
-  }
-  EXPECT_EQ(multisetOf(scriptTweak), expected);
+  const std::vector<std::string> linked = files(HUSHWALL_PHONE_SOURCES, '|');
+  EXPECT_EQ(std::multiset<std::string>(scriptTweak.begin(), scriptTweak.end()),
+            std::multiset<std::string>(linked.begin(), linked.end()));
   // Under the GNU runtime each Objective-C file registers its classes from
   // an initialiser of its own, and initialisers run in link order: the one
   // that starts the tweak must come after every Objective-C++ file.
@@ -462,9 +304,8 @@ TEST(PackageLayout, BothBuildsCompileTheSameSourcesInTheOrderTheAdapterNeeds) {
   EXPECT_EQ(scriptTweak.back(),
             fs::weakly_canonical(kDevice / "../platform/darwin/load_time_initializer.cpp"));
 
-  const std::vector<std::string> theosBundle = theos.of(kDevice / "HushwallSettings");
   const std::vector<std::string> scriptBundle = scriptList("settings");
-  EXPECT_EQ(theosBundle, scriptBundle);
+  EXPECT_EQ(theosList(kDevice / "HushwallSettings", "HushwallSettings"), scriptBundle);
   ASSERT_FALSE(scriptBundle.empty());
   for (const std::string& file : scriptBundle) {
     EXPECT_EQ(file.find("_test."), std::string::npos) << file;

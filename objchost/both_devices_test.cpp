@@ -12,6 +12,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
@@ -52,6 +53,16 @@ bool under(const std::string& path, const std::string& pointer) {
   return path == pointer || path.rfind(pointer + "/", 0) == 0;
 }
 
+// Nothing of a device is written beside its root (a picture's path that
+// climbs out, say).
+void expectNothingBesideTheRoot(const sim::SimRun& run) {
+  for (const auto& entry : fs::directory_iterator(fs::path(run.deviceRoot()).parent_path())) {
+    const std::string name = entry.path().filename().string();
+    EXPECT_TRUE(name == "device" || name == "out.txt" || name == "err.txt" || name == "state.json")
+        << "written outside the device root: " << name;
+  }
+}
+
 TEST(BothDevices, EveryScenarioFileEndsAlikeOnBothDevices) {
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(HUSHWALL_SCENARIOS_DIR)) {
@@ -68,12 +79,14 @@ TEST(BothDevices, EveryScenarioFileEndsAlikeOnBothDevices) {
     const json diff = json::diff(json::parse(kept), expected.state);
     EXPECT_TRUE(diff.empty()) << name << " ends otherwise than expected: " << diff.dump(1) << "\n"
                               << expected.output;
+    expectNothingBesideTheRoot(simulated);
     for (std::size_t i = 0; i < kFirmwareProfileCount; ++i) {
       const std::string firmware = kFirmwareProfiles[i].version;
       SCOPED_TRACE(name + " on firmware " + firmware);
       sim::SimRun objc;
       sim::SimResult got = objc.playFile(file.string(), {"--device", "objc", "--firmware", firmware});
       ASSERT_EQ(got.exitCode, 0) << got.errors << "\n" << got.output;
+      expectNothingBesideTheRoot(objc);
       std::set<std::string> seen;
       for (const json& change : json::diff(expected.state, got.state)) {
         const std::string path = change["path"].get<std::string>();
@@ -92,6 +105,10 @@ TEST(BothDevices, EveryScenarioFileEndsAlikeOnBothDevices) {
       }
     }
   }
+  const fs::path keptStates = fs::path(HUSHWALL_SCENARIOS_DIR) / "expected";
+  EXPECT_EQ(std::distance(fs::directory_iterator(keptStates), {}),
+            static_cast<std::ptrdiff_t>(files.size()))
+      << "an expected state in " << keptStates << " has no scenario";
 }
 
 }  // namespace

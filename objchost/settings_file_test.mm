@@ -9,9 +9,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
+
+#include "testing/temp_device_root.h"
 
 namespace {
 
@@ -20,16 +21,11 @@ namespace fs = std::filesystem;
 struct SettingsFile : ::testing::Test {
   void SetUp() override {
     pool = [[NSAutoreleasePool alloc] init];
-    std::string pattern = (fs::temp_directory_path() / "hushwall-settings-XXXXXX").string();
-    dir = ::mkdtemp(pattern.data());
-    path = [NSString stringWithUTF8String:(dir / "com.Corvanta.HushwallSettings.plist").c_str()];
+    path = [NSString stringWithUTF8String:(dir.path() + "/com.Corvanta.HushwallSettings.plist").c_str()];
   }
-  void TearDown() override {
-    fs::remove_all(dir);
-    [pool drain];
-  }
+  void TearDown() override { [pool drain]; }
   NSAutoreleasePool* pool = nil;
-  fs::path dir;
+  hushwall::testing::TempDeviceRoot dir;
   NSString* path = nil;
 };
 
@@ -49,7 +45,7 @@ TEST_F(SettingsFile, EachWriteKeepsTheOtherKeysInABinaryPropertyList) {
   ASSERT_GE([bytes length], 8u);
   EXPECT_EQ(std::string(static_cast<const char*>([bytes bytes]), 8), "bplist00");
   // Every writer locks the same file beside it.
-  EXPECT_TRUE(fs::exists(dir / "com.Corvanta.HushwallSettings.plist.lock"));
+  EXPECT_TRUE(fs::exists(dir.path() + "/com.Corvanta.HushwallSettings.plist.lock"));
   // Nothing to write: refused, file untouched.
   EXPECT_FALSE(HWWriteSetting(path, nil, [NSNumber numberWithBool:YES]));
   EXPECT_FALSE(HWWriteSetting(path, @"Enabled", nil));

@@ -1,12 +1,14 @@
 // The settings bundle's "Blacklist" and "History" screens under a real
 // Objective-C runtime, on the stand-in UIKit: what they show of a real
 // database, and that their add, delete and clear actions reach it, with the
-// announcements on the device's bus.
+// announcements on the device's bus. (What the companion's logic decides is
+// companion/'s to test; here, that the screens reach it.)
 #import "preferences.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -61,11 +63,6 @@ std::vector<std::string> shownRows(UITableViewController* screen) {
   return rows;
 }
 
-std::string emptyState(UITableViewController* screen) {
-  UIView* background = [[screen tableView] backgroundView];
-  return [background isKindOfClass:[UILabel class]] ? text([(UILabel*)background text]) : "";
-}
-
 void tap(UIBarButtonItem* button) { [[button target] performSelector:[button action] withObject:button]; }
 
 void swipeToDelete(UITableViewController* screen, NSInteger section, NSInteger row) {
@@ -79,13 +76,9 @@ void swipeToDelete(UITableViewController* screen, NSInteger section, NSInteger r
 std::string answerAlert(const std::string& button) {
   if (shownAlerts().empty()) return "(no alert)";
   const gnustep::ShownAlert alert = shownAlerts().back();
-  for (std::size_t i = 0; i < alert.buttons.size(); ++i) {
-    if (alert.buttons[i] == button) {
-      gnustep::tapAlertButton(static_cast<std::int64_t>(i));
-      return alert.message;
-    }
-  }
-  ADD_FAILURE() << "the alert '" << alert.title << "' has no button " << button;
+  const auto found = std::find(alert.buttons.begin(), alert.buttons.end(), button);
+  EXPECT_NE(found, alert.buttons.end()) << "the alert '" << alert.title << "' has no button " << button;
+  if (found != alert.buttons.end()) gnustep::tapAlertButton(found - alert.buttons.begin());
   return alert.message;
 }
 
@@ -122,86 +115,69 @@ bool runLoopUntil(const std::function<bool()>& done) {
   return true;
 }
 
-// The main switches page inside a navigation stack, and the screen that the
-// Root.plist entry labelled `label` pushes when tapped.
-UIViewController* openFromMainPage(UINavigationController* navigation, NSString* label) {
-  NSDictionary* page = [NSDictionary dictionaryWithContentsOfFile:@HUSHWALL_ROOT_PLIST];
-  for (NSDictionary* item in [page objectForKey:@"items"]) {
-    if (![[item objectForKey:@"label"] isEqualToString:label]) continue;
-    // A button row: Preferences performs its action on the page.
-    if (![[item objectForKey:@"cell"] isEqualToString:@"PSButtonCell"]) continue;
-    SEL action = NSSelectorFromString([item objectForKey:@"action"]);
-    UIViewController* main = [[navigation viewControllers] objectAtIndex:0];
-    if (![main respondsToSelector:action]) return nil;
-    [main performSelector:action withObject:nil];
-    return [navigation topViewController];
-  }
-  return nil;
+// The screen that the main page's button row action pushes
+// (device/package_layout_test.cpp holds the rows to these actions).
+UIViewController* openFromMainPage(UINavigationController* navigation, SEL action) {
+  [[[navigation viewControllers] objectAtIndex:0] performSelector:action withObject:nil];
+  return [navigation topViewController];
 }
 
-struct ScreensDevice {
-  ScreensDevice() { root.installDatabase(); }
+// Both screens in one app process on one device: the blacklist's add,
+// refusal, cancel and delete, then the history's sections, redraw, delete
+// and clear.
+TEST(SettingsScreens, BlacklistAndHistoryShowTheDatabaseAndTheirActionsReachIt) {
   testing::TempDeviceRoot root;
+  root.installDatabase();
   testing::PrivateBus bus{root.path()};
-};
-
-TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
-  ScreensDevice device;
+  const std::string picture = kData + "/4917/4917-1400000001.000000.png";
+  fs::create_directories(root.native(kData + "/4917"));
+  std::ofstream(root.native(picture)) << "png bytes";
+  std::ofstream(root.native(kData + "/keep.txt")) << "not a picture";
+  testing::execSql(root.databaseFile(),
+                   "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType,"
+                   " mediaFileName, mediaURL, isMine) VALUES"
+                   " ('4917', 'Spam', 'Buy now', 1400000000, 0, 0, '', '', 0),"
+                   " ('4917', 'Spam', '', 1400000001, 0, 1, '" + picture + "', 'u', 0),"
+                   " ('4930', 'Bob', 'hi', 1400000002, 2, 0, '', '', 0);");
   testing::runInChildProcess([&] {
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-    gnustep::bootDevice(device.root.path());
+    gnustep::bootDevice(root.path());
     int& announced = heard(kContactsChangedNotification);
-    UINavigationController* navigation = [[UINavigationController alloc]
-        initWithRootViewController:[[[HushwallSettingsListController alloc] init] autorelease]];
-    UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @"Blacklist");
+    // The main switches page inside a navigation stack.
+    UINavigationController* navigation = [[[UINavigationController alloc]
+        initWithRootViewController:[[[HushwallSettingsListController alloc] init] autorelease]] autorelease];
+    UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @selector(showBlacklist:));
     ASSERT_TRUE([screen isKindOfClass:[HWBlacklistController class]]);
-    EXPECT_EQ(text([screen title]), "Blacklist");
     EXPECT_TRUE(shownRows(screen).empty());
-    EXPECT_EQ(emptyState(screen), "No blocked numbers. Tap + to add one.");
 
     // "+" asks for the number and the name, in one alert.
-    tap([[screen navigationItem] rightBarButtonItem]);
-    const gnustep::ShownAlert prompt = shownAlerts().back();
-    EXPECT_EQ(prompt.title, "Add to Blacklist");
-    EXPECT_EQ(prompt.buttons, (std::vector<std::string>{"Cancel", "Add"}));
-    ASSERT_EQ(prompt.fields.size(), 2u);
-    EXPECT_EQ(prompt.fields[0].placeholder, "Number");
-    EXPECT_EQ(prompt.fields[1].placeholder, "Name");
-    EXPECT_FALSE(prompt.fields[1].secure) << "the name is shown as typed";
-    typeIntoAlertField(0, "+49 170 1234");
-    typeIntoAlertField(1, "Mallory");
-    std::size_t alerts = shownAlerts().size();
-    answerAlert("Add");
-    EXPECT_EQ(shownAlerts().size(), alerts) << "no problem to report";
-    testing::execSql(device.root.databaseFile(),
+    addThroughPrompt(screen, "+49 170 1234", "Mallory");
+    testing::execSql(root.databaseFile(),
                      "INSERT INTO Blacklist (name, phoneNumber) VALUES ('Chat', '4930')");
     [(HWBlacklistController*)screen reload];
     EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"+49 170 1234|Mallory", "4930|Chat"}));
-    EXPECT_EQ(emptyState(screen), "");
 
-    // Refusals are shown and write nothing; a cancelled prompt adds nothing.
+    // A refusal is shown and writes nothing (what is refused is the
+    // companion's to test); a cancelled prompt adds nothing.
     addThroughPrompt(screen, "4930", "Again");
     EXPECT_EQ(answerAlert("OK"), "'4930' is already on the blacklist; nothing added");
-    addThroughPrompt(screen, "4930 or so", "");
-    EXPECT_NE(answerAlert("OK").find("malformed phone number '4930 or so'"), std::string::npos);
     tap([[screen navigationItem] rightBarButtonItem]);
     typeIntoAlertField(0, "4917");
-    alerts = shownAlerts().size();
     answerAlert("Cancel");
-    EXPECT_EQ(shownAlerts().size(), alerts);
     EXPECT_EQ(shownRows(screen).size(), 2u);
 
     swipeToDelete(screen, 0, 0);
     EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"4930|Chat"}));
     swipeToDelete(screen, 0, 0);
     EXPECT_TRUE(shownRows(screen).empty());
-    EXPECT_EQ(emptyState(screen), "No blocked numbers. Tap + to add one.");
+    UILabel* empty = (UILabel*)[[screen tableView] backgroundView];
+    EXPECT_TRUE([empty isKindOfClass:[UILabel class]] && text([empty text]) == "No blocked numbers. Tap + to add one.");
 
     // The user goes back while the prompt is open: the prompt keeps its
     // screen alive (an alert does not keep its delegate), and its "Add"
     // still adds.
     NSAutoreleasePool* inner = [[NSAutoreleasePool alloc] init];
-    UIViewController* gone = openFromMainPage(navigation, @"Blacklist");
+    UIViewController* gone = openFromMainPage(navigation, @selector(showBlacklist:));
     tap([[gone navigationItem] rightBarButtonItem]);
     [navigation popViewControllerAnimated:NO];
     [inner release];
@@ -212,55 +188,20 @@ TEST(SettingsScreens, BlacklistShowsRowsAndItsAddAndDeleteReachTheDatabase) {
     EXPECT_EQ(shownRows(screen), (std::vector<std::string>{"4917|Late"}));
     EXPECT_TRUE(runLoopUntil([&] { return announced >= 4; }));
     EXPECT_EQ(announced, 4) << "two adds and two deletions";
-    [navigation release];
-    [pool release];
-  });
-  EXPECT_TRUE(testing::readHistoryRows(device.root.databaseFile()).empty());
-}
 
-TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsChanges) {
-  ScreensDevice device;
-  const std::string picture = kData + "/4917/4917-1400000001.000000.png";
-  fs::create_directories(device.root.native(kData + "/4917"));
-  std::ofstream(device.root.native(picture)) << "png bytes";
-  std::ofstream(device.root.native(kData + "/keep.txt")) << "not a picture";
-  testing::execSql(device.root.databaseFile(),
-                   "INSERT INTO Blacklist (name, phoneNumber) VALUES ('Spam', '4917');"
-                   "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType,"
-                   " mediaFileName, mediaURL, isMine) VALUES"
-                   " ('4917', 'Spam', 'Buy now', 1400000000, 0, 0, '', '', 0),"
-                   " ('4917', 'Spam', '', 1400000001, 0, 1, '" + picture + "', 'u', 0),"
-                   " ('4930', 'Bob', 'hi', 1400000002, 2, 0, '', '', 0);");
-  testing::runInChildProcess([&] {
-    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-    gnustep::bootDevice(device.root.path());
+    // The history, newest first by sections.
     int& changes = heard(kNewMessagedAddedNotification);
-    UINavigationController* navigation = [[UINavigationController alloc]
-        initWithRootViewController:[[[HushwallSettingsListController alloc] init] autorelease]];
-    UITableViewController* screen = (UITableViewController*)openFromMainPage(navigation, @"History");
+    screen = (UITableViewController*)openFromMainPage(navigation, @selector(showHistory:));
     ASSERT_TRUE([screen isKindOfClass:[HWHistoryController class]]);
+    // (How a row is worded is companion/history_list's to test.)
     std::vector<std::string> rows = shownRows(screen);
     ASSERT_EQ(rows.size(), 3u);
     EXPECT_EQ(rows[0].substr(0, rows[0].find(" · ")), "Bob (4930)|hi|Bob");
-    EXPECT_NE(rows[0].find(" · Blocked notification · "), std::string::npos) << rows[0];
     EXPECT_EQ(rows[1].substr(0, rows[1].find(" · ")), "Spam (4917)|Picture|Spam");
     EXPECT_EQ(rows[2].substr(0, rows[2].find(" · ")), "Spam (4917)|Buy now|Spam");
-    EXPECT_GT(rows[2].size(), rows[2].rfind(" · ") + 3) << "a date is shown: " << rows[2];
-
-    // The picture row opens the picture; coming back shows the list again.
-    [(id<UITableViewDelegate>)screen tableView:[screen tableView]
-                       didSelectRowAtIndexPath:[NSIndexPath indexPathForRow:0 inSection:1]];
-    HWPictureController* opened = (HWPictureController*)[navigation topViewController];
-    ASSERT_TRUE([opened isKindOfClass:[HWPictureController class]]);
-    EXPECT_EQ(text([opened path]), device.root.native(picture));
-    EXPECT_NE([(UIImageView*)[opened view] image], nil);
-    [navigation popViewControllerAnimated:YES];
-    [(id<UITableViewDelegate>)screen tableView:[screen tableView]
-                       didSelectRowAtIndexPath:[NSIndexPath indexPathForRow:1 inSection:1]];
-    EXPECT_EQ([navigation topViewController], screen) << "a row without a picture opens nothing";
 
     // A history change made elsewhere redraws the open screen.
-    testing::execSql(device.root.databaseFile(),
+    testing::execSql(root.databaseFile(),
                      "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType,"
                      " mediaFileName, mediaURL, isMine) VALUES ('4917', 'Me', 'stop', 1400000009, 1, 0, '', '', 1)");
     const NSInteger reloads = [[screen tableView] reloadCount];
@@ -274,14 +215,12 @@ TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsCh
 
     // Swipe to delete takes the row and its picture.
     swipeToDelete(screen, 0, 1);
-    EXPECT_FALSE(fs::exists(device.root.native(picture)));
+    EXPECT_FALSE(fs::exists(root.native(picture)));
     EXPECT_EQ(shownRows(screen).size(), 3u);
 
     // "Clear History" asks first.
     UIBarButtonItem* clear = [[screen navigationItem] rightBarButtonItem];
-    EXPECT_EQ(text([clear title]), "Clear History");
     tap(clear);
-    EXPECT_EQ(shownAlerts().back().buttons, (std::vector<std::string>{"Cancel", "Clear History"}));
     EXPECT_EQ(answerAlert("Cancel"), "Every blocked message and its picture will be deleted.");
     EXPECT_EQ(shownRows(screen).size(), 3u);
     tap(clear);
@@ -289,15 +228,12 @@ TEST(SettingsScreens, HistoryShowsSectionsOpensPicturesDeletesClearsAndFollowsCh
     answerAlert("Clear History");
     EXPECT_EQ(shownAlerts().size(), alerts) << "no problem to report";
     EXPECT_TRUE(shownRows(screen).empty());
-    EXPECT_EQ(emptyState(screen), "No blocked messages.");
-    EXPECT_FALSE([clear isEnabled]);
     EXPECT_TRUE(runLoopUntil([&] { return changes >= 3; }));
-    [navigation release];
     [pool release];
   });
-  EXPECT_TRUE(testing::readHistoryRows(device.root.databaseFile()).empty());
-  EXPECT_TRUE(fs::exists(device.root.native(kData + "/keep.txt")));
-  EXPECT_TRUE(fs::exists(device.root.databaseFile()));
+  EXPECT_TRUE(testing::readHistoryRows(root.databaseFile()).empty());
+  EXPECT_TRUE(fs::exists(root.native(kData + "/keep.txt")));
+  EXPECT_TRUE(fs::exists(root.databaseFile()));
 }
 
 }  // namespace

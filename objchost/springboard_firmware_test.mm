@@ -37,9 +37,8 @@ TEST(FirmwareGenerations, EveryMethodHasOneArm64EncodingWithACompiledShape) {
     }
   }
   // The longer bulletin method, from 64-bit and 32-bit dumps alike.
-  const FirmwareMethod* longer =
-      methodOf(kFirmwareProfiles[2], "SBBulletinBannerController",
-           "observer:addBulletin:forFeed:playLightsAndSirens:withReply:");
+  const FirmwareMethod* longer = methodOf(kFirmwareProfiles[2], "SBBulletinBannerController",
+                                          "observer:addBulletin:forFeed:playLightsAndSirens:withReply:");
   ASSERT_NE(longer, nullptr);
   EXPECT_EQ(arm64Encoding(*longer, firstDumpOf(*longer)), "v@:@@QB@?");
   // What the table adds has a shape too.
@@ -47,8 +46,7 @@ TEST(FirmwareGenerations, EveryMethodHasOneArm64EncodingWithACompiledShape) {
     for (std::size_t e = 0; e < group->count; ++e) {
       const HookEntry& entry = group->entries[e];
       if (entry.how == HookEntry::How::kAdd) {
-        EXPECT_NE(darwin::shapeOf(darwin::canonicalEncoding(entry.types)), nullptr)
-            << entry.selector;
+        EXPECT_NE(darwin::shapeOf(darwin::canonicalEncoding(entry.types)), nullptr) << entry.selector;
       }
     }
   }
