@@ -15,10 +15,6 @@
 namespace hushwall::testing {
 namespace {
 
-// Posted by the app to itself to know that everything it posted earlier has
-// come back: the bus keeps one sender's signals in order.
-constexpr char kBarrier[] = "com.Corvanta.HushwallTests.barrier";
-
 constexpr char kSettingsFile[] =
     "/var/mobile/Library/Preferences/com.Corvanta.HushwallSettings.plist";
 
@@ -32,12 +28,6 @@ struct Database {
   ~Database() { sqlite3_close(db); }
   sqlite3* db = nullptr;
 };
-
-std::optional<std::string> textColumn(sqlite3_stmt* statement, int column) {
-  const unsigned char* text = sqlite3_column_text(statement, column);
-  if (text == nullptr) return std::nullopt;
-  return std::string(reinterpret_cast<const char*>(text));
-}
 
 }  // namespace
 
@@ -105,23 +95,6 @@ std::vector<HistoryRow> TestDevice::history() const {
   return readHistoryRows(databaseFile());
 }
 
-std::vector<BlacklistRow> TestDevice::blacklist() const {
-  std::vector<BlacklistRow> rows;
-  if (!std::filesystem::exists(databaseFile())) return rows;
-  Database database(databaseFile());
-  sqlite3_stmt* statement = nullptr;
-  if (database.db == nullptr ||
-      sqlite3_prepare_v2(database.db, "SELECT name, phoneNumber FROM Blacklist ORDER BY id", -1,
-                         &statement, nullptr) != SQLITE_OK) {
-    return rows;
-  }
-  while (sqlite3_step(statement) == SQLITE_ROW) {
-    rows.push_back({textColumn(statement, 0), textColumn(statement, 1)});
-  }
-  sqlite3_finalize(statement);
-  return rows;
-}
-
 void TestDevice::post(const std::string& name) const {
   linux_platform::DBusNotifyCenter outside(linux_platform::deviceBusAddress(root()));
   outside.post(name);
@@ -141,9 +114,7 @@ bool TestDevice::announce(simhost::SimulatedApp& app, const std::string& name) c
 NotificationCounter::NotificationCounter(simhost::SimulatedApp& app,
                                          const std::vector<std::string>& names)
     : app_(app), counts_(std::make_shared<std::map<std::string, int>>()) {
-  std::vector<std::string> observed = names;
-  observed.push_back(kBarrier);
-  for (const std::string& name : observed) {
+  for (const std::string& name : names) {
     (*counts_)[name] = 0;
     auto counts = counts_;
     app.device().notifyCenter().addObserver(name, [counts, name] { ++(*counts)[name]; },
@@ -160,12 +131,6 @@ int NotificationCounter::count(const std::string& name) const {
 bool NotificationCounter::waitFor(const std::string& name, int atLeast) {
   return app_.device().notifyCenter().runUntil([&] { return count(name) >= atLeast; },
                                                std::chrono::seconds(5));
-}
-
-bool NotificationCounter::settle() {
-  const int before = count(kBarrier);
-  app_.device().notifyCenter().post(kBarrier);
-  return waitFor(kBarrier, before + 1);
 }
 
 }  // namespace hushwall::testing

@@ -24,15 +24,6 @@
 namespace hushwall::testing {
 
 
-// One row of the Blacklist table.
-struct BlacklistRow {
-  std::optional<std::string> name;
-  std::optional<std::string> phoneNumber;
-  bool operator==(const BlacklistRow& other) const {
-    return name == other.name && phoneNumber == other.phoneNumber;
-  }
-};
-
 // Counts, inside an app's process, the notifications of some names that
 // reach it (the process's own posts included, as on the device). Made before
 // the library is loaded, so that nothing the library posts at start-up or
@@ -45,10 +36,6 @@ class NotificationCounter {
   // Runs the app's main loop until `name` has arrived `atLeast` times in
   // all; false when that did not happen within five seconds.
   bool waitFor(const std::string& name, int atLeast = 1);
-  // Runs the app's main loop until everything the process posted so far has
-  // come back to it, for tests that expect something not to arrive. False
-  // when that took longer than five seconds.
-  bool settle();
 
  private:
   simhost::SimulatedApp& app_;
@@ -76,8 +63,6 @@ class TestDevice {
   void writeFlags(const std::vector<std::pair<std::string, bool>>& flags) const;
   // Inserts a Blacklist row into the installed database.
   void addToBlacklist(const std::string& phoneNumber, const std::string& name = "") const;
-  // The Blacklist table in id order; empty when there is no database.
-  std::vector<BlacklistRow> blacklist() const;
   // The History table in id order; empty when there is no database.
   std::vector<HistoryRow> history() const;
   // Writes WhatsApp's message database ("ChatStorage.sqlite" in its

@@ -174,7 +174,9 @@ TEST_F(SettingsTest, DamagedFilesCountAsNoFileAndASoundOneIsReadAfter) {
       SettingsChanged();
       const bool read = !settingsDictionary->empty();
       EXPECT_EQ(flags(), read ? kFlipped : kDefaults) << (binary ? "binary" : "XML") << " cut at " << length;
-      if (read) EXPECT_EQ(*settingsDictionary, kFlippedFile) << length;
+      if (read) {
+        EXPECT_EQ(*settingsDictionary, kFlippedFile) << length;
+      }
     }
   }
   std::printf("hushwall-figure: hostile settings: %zu damaged files and %d cut-off files survived\n",
