@@ -51,17 +51,13 @@ TEST(TextConversion, Utf8IsCheckedAndRepairedByTheSameRule) {
   EXPECT_TRUE(isValidUtf8(repairUtf8(hostile)));
 }
 
-TEST(TextWhiteSpace, TabAndSpaceSeparatorsOnly) {
-  for (char16_t u : {0x0009, 0x0020, 0x00A0, 0x1680, 0x2000, 0x2005, 0x200A, 0x202F, 0x205F, 0x3000}) {
+TEST(TextSearch, WhiteSpaceAndLiteralSearchInUtf16Units) {
+  // White space: tab and the space separators only.
+  for (char16_t u : {0x0009, 0x0020, 0x00A0, 0x1680, 0x2000, 0x2005, 0x200A, 0x202F, 0x205F, 0x3000})
     EXPECT_TRUE(isWhiteSpace(u)) << std::hex << static_cast<int>(u);
-  }
-  for (char16_t u : {0x000A, 0x000B, 0x000C, 0x000D, 0x0085, 0x1FFF, 0x200B, 0x2028, 0x2029, 0xFEFF, 0x3001,
-                     0x0041}) {
+  for (char16_t u : {0x000A, 0x000B, 0x000C, 0x000D, 0x0085, 0x1FFF, 0x200B, 0x2028, 0x2029, 0xFEFF, 0x3001, 0x0041})
     EXPECT_FALSE(isWhiteSpace(u)) << std::hex << static_cast<int>(u);
-  }
-}
-
-TEST(TextSearch, NilEmptyMissingFirstCaseAndUtf16Positions) {
+  // Searches: nil, empty, missing, first match, case, UTF-16 positions.
   const std::tuple<OptText, Text, Range> cases[] = {
       {std::nullopt, T("@"), {0, 0}}, {std::nullopt, Text(), {0, 0}}, {T("abc"), Text(), {kNotFound, 0}},
       {Text(), T("a"), {kNotFound, 0}}, {T("4917012345"), T("+49"), {kNotFound, 0}},

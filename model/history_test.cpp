@@ -92,6 +92,9 @@ TEST_F(AddHistory, SingleRowWritersStoreTheirArgumentsInColumnOrder) {
                                T("/x/492-1.png"), nullopt);
   expectRows({{"491", nullopt, "short", 1400000000.25, 1, 0, "", "", 1},  // empty media, not NULL
               {"492", "Bob", "long", 1400000001.75, 2, 7, "/x/492-1.png", nullopt, 1}});
+  // Each single-row write leaves its connection open; readers close theirs.
+  hw.existMessage(T("short"), T("491"), 1.0);
+  EXPECT_EQ(testing::openDescriptorsOf(file()), 2u);
   EXPECT_EQ(env.notifyCenter.posted, std::vector<std::string>(2, kNewMessagedAddedNotification));
 }
 
@@ -101,8 +104,9 @@ TEST_F(AddHistory, BatchReadsEachRecordsKeysAsThePlatformWouldAndCommitsEachRow)
   // transaction it would take the rows before it along.
   testing::execSql(file(), "CREATE TRIGGER refuse BEFORE INSERT ON History WHEN NEW.message = 'bad' "
                            "BEGIN SELECT RAISE(ROLLBACK, 'refused'); END;");
-  hw.addHistoryWithArray({});
+  hw.addHistoryWithArray({});  // no statement, so the close works
   EXPECT_TRUE(readHistoryRows(file()).empty());
+  EXPECT_EQ(testing::openDescriptorsOf(file()), 0u);
   EXPECT_EQ(env.notifyCenter.posted, kOnePost);
 
   env.notifyCenter.posted.clear();
@@ -119,24 +123,13 @@ TEST_F(AddHistory, BatchReadsEachRecordsKeysAsThePlatformWouldAndCommitsEachRow)
       record({{"name", Value::integer(5)}, {"timestamp", Value::string(T("12.5"))}}),
       record({}),
   });
+  EXPECT_EQ(testing::openDescriptorsOf(file()), 1u);  // one connection for the batch, left open
   // Times go through a float: multiples of 128 s.
   expectRows({{"491", "Ann", "one", 1400000000.0, 2, 1, "/f.png", "https://m/1", 1},
               {"492", nullopt, "two", 1400000128.0, 0, 0, nullopt, nullopt, 0},
               {nullopt, nullopt, nullopt, 12.5, 0, 0, nullopt, nullopt, 0},
               {nullopt, nullopt, nullopt, 0.0, 0, 0, nullopt, nullopt, 0}});
   EXPECT_EQ(env.notifyCenter.posted, kOnePost);
-}
-
-TEST_F(AddHistory, WritersLeaveTheirConnectionOpenAndReadersDoNot) {
-  env.root.installDatabase();
-  ASSERT_EQ(testing::openDescriptorsOf(file()), 0u);
-  hw.addHistoryWithPhoneNumber(T("491"), T("n"), T("m"), 1.0, 0, false);
-  EXPECT_EQ(testing::openDescriptorsOf(file()), 1u);
-  hw.addHistoryWithArray({record({{"message", Value::string(T("a"))}}), record({{"message", Value::string(T("b"))}})});
-  EXPECT_EQ(testing::openDescriptorsOf(file()), 2u);  // one connection for the batch
-  hw.addHistoryWithArray({});                          // no statement, so the close works
-  hw.existMessage(T("m"), T("491"), 1.0);
-  EXPECT_EQ(testing::openDescriptorsOf(file()), 2u);
 }
 
 TEST_F(SaveImage, WritesIntoOneFolderPerNumberNamedByTheTime) {
