@@ -16,7 +16,6 @@
 #include "startup/blacklist.h"
 #include "startup/notification_names.h"
 #include "testing/child_process.h"
-#include "testing/database_rows.h"
 #include "testing/fake_env.h"
 #include "testing/history_snapshot.h"
 #include "testing/open_descriptors.h"
@@ -32,7 +31,6 @@ using testing::HistoryRow;
 using testing::readHistoryRows;
 using std::nullopt;
 
-const std::vector<std::string> kOnePost = {kNewMessagedAddedNotification};
 const std::string kData = "/var/mobile/Library/Preferences/Hushwall";
 
 Value record(std::initializer_list<std::pair<const char*, Value>> entries) {
@@ -58,11 +56,8 @@ class HistoryTest : public ::testing::Test {
   testing::FakeEnv env;
   testing::FreshProcessState state;
 };
-using ExistMessage = HistoryTest;
-using AddHistory = HistoryTest;
-using SaveImage = HistoryTest;
 
-TEST_F(ExistMessage, OnlyTheNewestRowOfTheSameNumberAndMessageCounts) {
+TEST_F(HistoryTest, ADuplicateIsOnlyTheNewestRowOfTheSameNumberAndMessage) {
   env.root.installDatabase();
   testing::execSql(file(),
                    "INSERT INTO History (phoneNumber, message, date) VALUES "
@@ -83,7 +78,7 @@ TEST_F(ExistMessage, OnlyTheNewestRowOfTheSameNumberAndMessageCounts) {
   }
 }
 
-TEST_F(AddHistory, SingleRowWritersStoreTheirArgumentsInColumnOrder) {
+TEST_F(HistoryTest, SingleRowWritersStoreTheirArgumentsInColumnOrder) {
   env.root.installDatabase();
   hw.addHistoryWithPhoneNumber(T("491"), nullopt, T("short"), 1400000000.25, kBLOCK_TYPE_APP, true);
   // isMine comes before the media values among the arguments but is bound
@@ -98,7 +93,7 @@ TEST_F(AddHistory, SingleRowWritersStoreTheirArgumentsInColumnOrder) {
   EXPECT_EQ(env.notifyCenter.posted, std::vector<std::string>(2, kNewMessagedAddedNotification));
 }
 
-TEST_F(AddHistory, BatchReadsEachRecordsKeysAsThePlatformWouldAndCommitsEachRow) {
+TEST_F(HistoryTest, BatchReadsEachRecordsKeysAsThePlatformWouldAndCommitsEachRow) {
   env.root.installDatabase();
   // A row that rolls back whatever transaction is open: inside a batch-wide
   // transaction it would take the rows before it along.
@@ -107,7 +102,7 @@ TEST_F(AddHistory, BatchReadsEachRecordsKeysAsThePlatformWouldAndCommitsEachRow)
   hw.addHistoryWithArray({});  // no statement, so the close works
   EXPECT_TRUE(readHistoryRows(file()).empty());
   EXPECT_EQ(testing::openDescriptorsOf(file()), 0u);
-  EXPECT_EQ(env.notifyCenter.posted, kOnePost);
+  EXPECT_EQ(env.notifyCenter.posted, std::vector<std::string>{kNewMessagedAddedNotification});
 
   env.notifyCenter.posted.clear();
   hw.addHistoryWithArray({
@@ -129,10 +124,10 @@ TEST_F(AddHistory, BatchReadsEachRecordsKeysAsThePlatformWouldAndCommitsEachRow)
               {"492", nullopt, "two", 1400000128.0, 0, 0, nullopt, nullopt, 0},
               {nullopt, nullopt, nullopt, 12.5, 0, 0, nullopt, nullopt, 0},
               {nullopt, nullopt, nullopt, 0.0, 0, 0, nullopt, nullopt, 0}});
-  EXPECT_EQ(env.notifyCenter.posted, kOnePost);
+  EXPECT_EQ(env.notifyCenter.posted, std::vector<std::string>{kNewMessagedAddedNotification});
 }
 
-TEST_F(SaveImage, WritesIntoOneFolderPerNumberNamedByTheTime) {
+TEST_F(HistoryTest, PicturesGoIntoOneFolderPerNumberNamedByTheTime) {
   // Not even the data directory exists yet.
   host::Text path = hw.saveImageOnDiskWithData(host::Bytes{'a', 0, 'b'}, T("4917012345"));
   EXPECT_EQ(host::toUtf8(path), kData + "/4917012345/4917012345-1400000000.500000.png");
@@ -156,7 +151,7 @@ TEST_F(SaveImage, WritesIntoOneFolderPerNumberNamedByTheTime) {
   EXPECT_TRUE(fs::exists(env.root.native(host::toUtf8(hw.saveImageOnDiskWithData(host::Bytes{'p'}, T("..49."))))));
 }
 
-TEST_F(SaveImage, ANumberThatNamesNoFolderOfItsOwnLosesThePictureButNotThePath) {
+TEST_F(HistoryTest, ANumberThatNamesNoFolderOfItsOwnLosesThePictureButNotThePath) {
   // Each would put the picture outside its own folder: above the data
   // directory, loose in it, or (cut at the NUL) in another number's folder.
   for (const host::Text& number : {T("../../../../../../../tmp/x/4917"), T("4917/../.."), T(".."), T("."), T("/"),
@@ -220,21 +215,17 @@ class HostileDatabaseTest : public HistoryTest {
 
 TEST_F(HostileDatabaseTest, DamagedOrMissingFilesReadAsNothingAndLoseWritesQuietly) {
   std::mt19937 random(7);
+  std::string noise(16384, '\0');
+  for (char& c : noise) c = static_cast<char>(random());
   const std::string folder = fs::path(file()).parent_path();
   const std::pair<const char*, std::function<void()>> faults[] = {
       {"cut inside the header", [&] { fs::resize_file(file(), 60); }},
       {"cut after the first page", [&] { fs::resize_file(file(), 4096); }},
       {"cut in the middle", [&] { fs::resize_file(file(), fs::file_size(file()) / 2); }},
-      {"random bytes", [&] {
-         std::string bytes(16384, '\0');
-         for (char& c : bytes) c = static_cast<char>(random());
-         std::ofstream(file(), std::ios::binary | std::ios::trunc) << bytes;
-       }},
+      {"random bytes", [&] { std::ofstream(file(), std::ios::binary | std::ios::trunc) << noise; }},
       {"an SQLite file without the tables", [&] { fs::remove(file()), testing::execSql(file(), "CREATE TABLE Other (x)"); }},
-      {"tables of another shape", [&] {
-         fs::remove(file());
-         testing::execSql(file(), "CREATE TABLE Blacklist (number); CREATE TABLE History (x)");
-       }},
+      {"tables of another shape",
+       [&] { fs::remove(file()), testing::execSql(file(), "CREATE TABLE Blacklist (number); CREATE TABLE History (x)"); }},
       {"a directory in its place", [&] { fs::remove(file()), fs::create_directory(file()); }},
       {"no database file", [&] { fs::remove(file()); }},
       {"no data directory", [&] { fs::remove_all(folder); }}};
