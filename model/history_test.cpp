@@ -239,6 +239,8 @@ TEST_F(HostileDatabaseTest, DamagedOrMissingFilesReadAsNothingAndLoseWritesQuiet
     EXPECT_EQ(wasFile ? readFile(file()) : "", bytesBefore) << fault;
     EXPECT_EQ(fs::is_directory(file()) && fs::is_empty(file()), std::string(fault) == "a directory in its place");
     EXPECT_EQ(fs::exists(folder), std::string(fault) != "no data directory") << fault;
+    // Only a missing file is opened as a new, empty one, without tables.
+    EXPECT_EQ(fs::exists(file()), std::string(fault) != "no data directory") << fault;
     expectSoundAgain(fault);
   }
   std::printf("hushwall-figure: hostile database: %zu damaged or missing files survived\n", std::size(faults));
