@@ -97,7 +97,9 @@ TEST_F(BlacklistTest, UnformattedPhoneNumberStripsOnlyTheEightCharacters) {
 }
 
 TEST_F(BlacklistTest, SharedInstanceIsKeptAndAsksForTheStatusBarIconEveryTime) {
-  EXPECT_EQ(Hushwall::sharedInstance(), &model) << "made once and kept";
+  Hushwall* first = Hushwall::sharedInstance();
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(Hushwall::sharedInstance(), first) << "made once and kept";
   model.removeStatusBarIcon();
   model.addStatusBarIcon();
   model.addStatusBarIcon();
