@@ -7,7 +7,6 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <set>
 
 #include "companion/display_text.h"
@@ -25,59 +24,51 @@ using testing::execSql;
 
 const std::string kData = "/var/mobile/Library/Preferences/Hushwall";
 
-std::string secondsText(double seconds) { return "t" + std::to_string(static_cast<long long>(seconds)); }
-
 struct HistoryDevice {
-  HistoryDevice() {
-    root.installDatabase();
-    fs::create_directories(root.native(kData));
-  }
+  HistoryDevice() { root.installDatabase(); }
   // A file under the root with some bytes; returns its device path.
   std::string file(const std::string& devicePath) {
     fs::create_directories(fs::path(root.native(devicePath)).parent_path());
     std::ofstream(root.native(devicePath)) << "bytes";
     return devicePath;
   }
-  void row(const std::string& values) {
-    execSql(root.databaseFile(),
-            "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType,"
-            " mediaFileName, mediaURL, isMine) VALUES " + values);
+  bool exists(const std::string& devicePath) { return fs::exists(root.native(devicePath)); }
+  void rows(const std::string& values) {
+    execSql(root.databaseFile(), "INSERT INTO History (phoneNumber, name, message, date, blockType, mediaType,"
+                                 " mediaFileName, mediaURL, isMine) VALUES " + values);
   }
-  // Every file and folder under the root, the bus socket aside.
+  // Every file and folder under the root.
   std::set<std::string> tree() {
     std::set<std::string> paths;
-    for (auto& e : fs::recursive_directory_iterator(root.path())) {
-      paths.insert(fs::relative(e.path(), root.path()).string());
-    }
+    for (auto& e : fs::recursive_directory_iterator(root.path())) paths.insert(fs::relative(e.path(), root.path()));
     return paths;
   }
   testing::TempDeviceRoot root;
   linux_platform::DeviceRootFileSystem files{root.path()};
   testing::RecordingNotifyCenter notifications;
-  HistoryList history{files, notifications, secondsText};
+  HistoryList history{files, notifications, [](double s) { return "t" + std::to_string(static_cast<long long>(s)); }};
 };
 
 TEST(HistoryList, NewestFirstBySectionsWithKindsDatesAndPictures) {
   HistoryDevice device;
   const std::string picture = device.file(kData + "/4917/4917-1400000002.000000.png");
-  device.row("('4917', 'Spammer', 'Buy', 1400000000, 0, 0, '', '', 0),"
-             " ('4930', 'Bob', 'hi', 1400000001, 2, 0, '', '', 0),"
-             " ('4917', 'Spammer', 'pic', 1400000002, 0, 1, '" + picture + "', 'u', 0),"
-             " ('4917', 'Me', 'stop', 1400000003, 1, 0, '', '', 1),"
-             " ('4930', NULL, 'gone', 1400000004, 0, 1, '" + kData + "/4930/4930-1.png', '', 0)");
+  device.rows("('4917', 'Spammer', 'Buy', 1400000000, 0, 0, '', '', 0), ('4930', 'Bob', 'hi', 1400000001, 2, 0, '', '', 0),"
+              " ('4917', 'Spammer', 'pic', 1400000002, 0, 1, '" + picture + "', 'u', 0),"
+              " ('4917', 'Me', 'stop', 1400000003, 1, 0, '', '', 1),"
+              " ('4930', NULL, 'gone', 1400000004, 0, 1, '" + kData + "/4930/4930-1.png', '', 0)");
   std::vector<HistorySection> sections = device.history.sections();
   ASSERT_EQ(sections.size(), 2u);
   EXPECT_EQ(sections[0].title, "Bob (4930)") << "named after the newest row with a name";
-  ASSERT_EQ(sections[0].entries.size(), 2u);
-  EXPECT_EQ(sections[0].entries[0].message, "gone");
-  EXPECT_FALSE(sections[0].entries[0].hasPicture) << "a picture whose file is gone is not offered";
-  EXPECT_EQ(sections[0].entries[1].kind, BlockKind::kNotification);
   EXPECT_EQ(sections[1].title, "Spammer (4917)") << "not the user's own name";
   std::string shown;
-  for (const HistoryEntry& e : sections[1].entries) {
-    shown += e.message + "," + blockKindName(e.kind) + "," + e.date + "," + (e.hasPicture ? "pic" : "-") + ";";
+  for (const HistorySection& section : sections) {
+    for (const HistoryEntry& e : section.entries) {
+      shown += e.message + "," + blockKindName(e.kind) + "," + e.date + "," + (e.hasPicture ? "pic" : "-") + ";";
+    }
   }
-  EXPECT_EQ(shown, "stop,own,t1400000003,-;pic,incoming,t1400000002,pic;Buy,incoming,t1400000000,-;");
+  // A picture whose file is gone is not offered.
+  EXPECT_EQ(shown, "gone,incoming,t1400000004,-;hi,notification,t1400000001,-;"
+                   "stop,own,t1400000003,-;pic,incoming,t1400000002,pic;Buy,incoming,t1400000000,-;");
   EXPECT_EQ(sections[1].entries[1].picturePath, device.root.native(picture));
 }
 
@@ -85,21 +76,19 @@ TEST(HistoryList, DeletingARowTakesItsPictureUnlessAnotherRowShowsIt) {
   HistoryDevice device;
   const std::string shared = device.file(kData + "/4917/4917-1.000000.png");
   const std::string own = device.file(kData + "/4930/4930-2.000000.png");
-  device.row("('4917', 'A', 'x', 1, 0, 1, '" + shared + "', '', 0), ('4917', 'A', 'x', 2, 0, 1, '" + shared +
-             "', '', 0), ('4930', 'B', 'y', 3, 0, 1, '" + own + "', '', 0)");
+  device.rows("('4917', 'A', 'x', 1, 0, 1, '" + shared + "', '', 0), ('4917', 'A', 'x', 2, 0, 1, '" + shared +
+              "', '', 0), ('4930', 'B', 'y', 3, 0, 1, '" + own + "', '', 0)");
   std::vector<HistoryEntry> entries = device.history.entries();
   ASSERT_EQ(entries.size(), 3u);
-
   device.history.remove(entries[0].id);  // 4930's only row: its picture goes
-  EXPECT_FALSE(fs::exists(device.root.native(own)));
+  EXPECT_FALSE(device.exists(own));
   device.history.remove(entries[1].id);  // the other row still shows the file
-  EXPECT_TRUE(fs::exists(device.root.native(shared)));
+  EXPECT_TRUE(device.exists(shared));
   device.history.remove(entries[2].id);
-  EXPECT_FALSE(fs::exists(device.root.native(shared)));
+  EXPECT_FALSE(device.exists(shared));
   EXPECT_TRUE(device.history.entries().empty());
   EXPECT_THROW(device.history.remove(entries[2].id), std::runtime_error);
-  EXPECT_EQ(device.notifications.posted,
-            std::vector<std::string>(3, kNewMessagedAddedNotification));
+  EXPECT_EQ(device.notifications.posted, std::vector<std::string>(3, kNewMessagedAddedNotification));
 }
 
 TEST(HistoryList, ClearingTakesTheRowsAndPicturesAndNothingElse) {
@@ -107,18 +96,17 @@ TEST(HistoryList, ClearingTakesTheRowsAndPicturesAndNothingElse) {
   const std::string withRow = device.file(kData + "/4917/4917-1.000000.png");
   device.file(kData + "/4917/4917-9.000000.png");  // saved while the history was off
   device.file(kData + "/(null)/(null)-3.000000.png");
-  // Saved a moment ago by a batch whose rows are still to come.
-  const std::string fresh = device.file(kData + "/4917/4917-" + std::to_string(time(nullptr) - 60) + ".000000.png");
-  // Not pictures of ours, whatever rows say: they all stay.
+  // Not pictures of ours, whatever rows say, or saved a moment ago by a
+  // batch whose rows are still to come: they all stay.
   const std::set<std::string> kept = {
-      fresh, device.file(kData + "/4917/notes.txt"), device.file(kData + "/other/photo.png"),
-      device.file(kData + "/stray.png"), device.file("/var/mobile/secret.png"),
+      device.file(kData + "/4917/4917-" + std::to_string(time(nullptr) - 60) + ".000000.png"),
+      device.file(kData + "/4917/notes.txt"), device.file(kData + "/other/photo.png"), device.file(kData + "/stray.png"),
+      device.file("/var/mobile/secret.png"),
       device.file("/var/mobile/Library/Preferences/com.Corvanta.HushwallSettings.plist")};
   fs::create_directories(device.root.native(kData + "/4917-dir/4917-dir-1.png"));  // a folder
-  device.row("('4917', 'A', 'x', 1, 0, 1, '" + withRow + "', '', 0),"
-             " ('4930', 'B', 'y', 2, 0, 1, '/var/mobile/secret.png', '', 0),"
-             " ('4930', 'B', 'z', 3, 0, 1, '" + kData + "/../../../secret.png', '', 0),"
-             " ('4930', 'B', 'w', 4, 0, 1, '" + kData + "/stray.png', '', 0)");
+  device.rows("('4917', 'A', 'x', 1, 0, 1, '" + withRow + "', '', 0), ('4930', 'B', 'y', 2, 0, 1, '/var/mobile/secret.png', '', 0),"
+              " ('4930', 'B', 'z', 3, 0, 1, '" + kData + "/../../../secret.png', '', 0),"
+              " ('4930', 'B', 'w', 4, 0, 1, '" + kData + "/stray.png', '', 0)");
   execSql(device.root.databaseFile(), "INSERT INTO Blacklist (name, phoneNumber) VALUES ('A', '4917')");
   const std::set<std::string> before = device.tree();
 
@@ -126,15 +114,12 @@ TEST(HistoryList, ClearingTakesTheRowsAndPicturesAndNothingElse) {
   EXPECT_EQ(cleared.rows, 4);
   EXPECT_EQ(cleared.pictures, 3);
   EXPECT_TRUE(testing::readHistoryRows(device.root.databaseFile()).empty());
-  std::set<std::string> gone;
-  const std::set<std::string> after = device.tree();
-  for (const std::string& path : before) {
-    if (after.count(path) == 0) gone.insert(path);
-  }
+  std::set<std::string> gone = before;
+  for (const std::string& path : device.tree()) gone.erase(path);
   const std::string data = kData.substr(1);
   EXPECT_EQ(gone, (std::set<std::string>{data + "/4917/4917-1.000000.png", data + "/4917/4917-9.000000.png",
                                          data + "/(null)/(null)-3.000000.png"}));
-  for (const std::string& path : kept) EXPECT_TRUE(fs::exists(device.root.native(path))) << path;
+  for (const std::string& path : kept) EXPECT_TRUE(device.exists(path)) << path;
   EXPECT_EQ(device.notifications.posted, std::vector<std::string>{kNewMessagedAddedNotification});
   EXPECT_EQ(device.history.clear().rows, 0) << "clearing an empty history is no error";
 }
@@ -158,18 +143,14 @@ TEST(HistoryList, HostileRowsRenderAsBoundedValidText) {
   }
   // Text dates sort after numbers, NULL before them.
   const HistoryEntry &broken = entries[0], &huge = entries[1], &emoji = entries[2], &empty = entries[3];
-  EXPECT_EQ(broken.message, "A\uFFFDB\uFFFD");
-  EXPECT_EQ(broken.phoneNumber, "4\uFFFD9");
-  EXPECT_EQ(broken.name, "\uFFFD\uFFFD\uFFFD");
-  EXPECT_EQ(broken.date, "") << "a text is no date";
-  EXPECT_EQ(broken.kind, BlockKind::kIncoming) << "isMine 'x' counts as 0";
-  EXPECT_EQ(huge.date, "") << "no formatter is asked about 1e300 seconds";
-  EXPECT_EQ(huge.kind, BlockKind::kNotification);
-  std::string cut;
-  for (std::size_t i = 0; i < kDisplayCharacters; ++i) cut += "\u00e9";
-  EXPECT_EQ(huge.message, cut + "\u2026");
-  EXPECT_EQ(host::fromUtf8(emoji.message).size(), 2 * kDisplayCharacters + 1)
-      << "cut between surrogate pairs, never inside one";
+  // A text is no date, isMine 'x' counts as 0, no formatter is asked about
+  // 1e300 seconds.
+  EXPECT_EQ(broken.phoneNumber + "|" + broken.name + "|" + broken.message + "|" + broken.date + "|" +
+                blockKindName(broken.kind),
+            "4\uFFFD9|\uFFFD\uFFFD\uFFFD|A\uFFFDB\uFFFD||incoming");
+  EXPECT_EQ(huge.date + blockKindName(huge.kind), "notification");
+  EXPECT_EQ(host::fromUtf8(huge.message), host::Text(kDisplayCharacters, u'\u00e9') + u"\u2026");
+  EXPECT_EQ(host::fromUtf8(emoji.message).size(), 2 * kDisplayCharacters + 1) << "cut between surrogate pairs, never inside one";
   EXPECT_EQ(empty.message + empty.name + empty.phoneNumber + empty.date, "");
   EXPECT_EQ(device.history.sections().size(), 3u);
 }
