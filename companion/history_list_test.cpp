@@ -101,6 +101,7 @@ TEST(HistoryList, ClearingTakesTheRowsAndPicturesAndNothingElse) {
   const std::set<std::string> kept = {
       device.file(kData + "/4917/4917-" + std::to_string(time(nullptr) - 60) + ".000000.png"),
       device.file(kData + "/4917/notes.txt"), device.file(kData + "/other/photo.png"), device.file(kData + "/stray.png"),
+      device.file(kData + "/4917/4917-1.000000.jpg"), device.file(kData + "/4917/4917-1x.000000.png"),
       device.file("/var/mobile/secret.png"),
       device.file("/var/mobile/Library/Preferences/com.Corvanta.HushwallSettings.plist")};
   fs::create_directories(device.root.native(kData + "/4917-dir/4917-dir-1.png"));  // a folder
@@ -153,6 +154,16 @@ TEST(HistoryList, HostileRowsRenderAsBoundedValidText) {
   EXPECT_EQ(host::fromUtf8(emoji.message).size(), 2 * kDisplayCharacters + 1) << "cut between surrogate pairs, never inside one";
   EXPECT_EQ(empty.message + empty.name + empty.phoneNumber + empty.date, "");
   EXPECT_EQ(device.history.sections().size(), 3u);
+
+  // The formatters' range, both ends included.
+  execSql(device.root.databaseFile(),
+          "DELETE FROM History; INSERT INTO History (phoneNumber, date) VALUES"
+          " ('before', -62135596801), ('first', -62135596800), ('last', 253402300799), ('after', 253402300800)");
+  std::set<std::string> dated;
+  for (const HistoryEntry& e : device.history.entries()) {
+    if (!e.date.empty()) dated.insert(e.phoneNumber);
+  }
+  EXPECT_EQ(dated, (std::set<std::string>{"first", "last"}));
 }
 
 }  // namespace

@@ -34,12 +34,12 @@ TEST(TextConversion, Utf8AndUtf16BothWaysWithReplacementCharacters) {
 TEST(TextConversion, Utf8IsCheckedAndRepairedByTheSameRule) {
   for (std::string good : {std::string(), std::string("plain"), std::string("h\xC3\xA9 \xE2\x82\xAC"),
                            std::string("\xF0\x9F\x98\x80"), kFFFD, std::string("a\0b", 3),
-                           std::string("\xF4\x8F\xBF\xBF")}) {
+                           std::string("\xF4\x8F\xBF\xBF"), std::string("\xDF\xBF\xE0\xA0\x80")}) {
     EXPECT_TRUE(isValidUtf8(good)) << good;
     EXPECT_EQ(repairUtf8(good), good);
   }
   // Overlong, a surrogate, above U+10FFFF, a lone continuation byte.
-  for (const char* bad : {"bad\xFF", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80"}) {
+  for (const char* bad : {"bad\xFF", "\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80"}) {
     EXPECT_FALSE(isValidUtf8(bad)) << bad;
   }
   EXPECT_EQ(repairUtf8("bad\xFF"), "bad" + kFFFD);
