@@ -199,6 +199,19 @@ TEST(SettingsScreens, BlacklistAndHistoryShowTheDatabaseAndTheirActionsReachIt) 
     EXPECT_EQ(rows[0].substr(0, rows[0].find(" · ")), "Bob (4930)|hi|Bob");
     EXPECT_EQ(rows[1].substr(0, rows[1].find(" · ")), "Spam (4917)|Picture|Spam");
     EXPECT_EQ(rows[2].substr(0, rows[2].find(" · ")), "Spam (4917)|Buy now|Spam");
+    // The picture row opens the picture; a row without one opens nothing.
+    auto select = [&](NSInteger row) {
+      [(id<UITableViewDelegate>)screen tableView:[screen tableView]
+                         didSelectRowAtIndexPath:[NSIndexPath indexPathForRow:row inSection:1]];
+    };
+    select(0);
+    HWPictureController* opened = (HWPictureController*)[navigation topViewController];
+    ASSERT_TRUE([opened isKindOfClass:[HWPictureController class]]);
+    EXPECT_EQ(text([opened path]), root.native(picture));
+    EXPECT_NE([(UIImageView*)[opened view] image], nil);
+    [navigation popViewControllerAnimated:NO];
+    select(1);
+    EXPECT_EQ([navigation topViewController], screen);
 
     // A history change made elsewhere redraws the open screen.
     testing::execSql(root.databaseFile(),
