@@ -82,6 +82,14 @@ TEST(BlacklistEditor, ChangesAreWrittenAnnouncedAndRefusedWithoutAWrite) {
   listener.runFor(std::chrono::milliseconds(100));
   EXPECT_EQ(announced, 6);
 
+  // A statement the database refuses (here another writer's trigger) is
+  // reported, not taken for done.
+  testing::execSql(root.databaseFile(),
+                   "CREATE TRIGGER refuse BEFORE INSERT ON Blacklist BEGIN SELECT RAISE(ABORT, 'refused'); END");
+  EXPECT_THAT(refusal<std::runtime_error>([&] { editor.add("4917", "A"); }),
+              ::testing::AllOf(HasSubstr("database error in "), HasSubstr("refused")));
+  EXPECT_EQ(listed(), "");
+
   // A missing database is reported and not made.
   std::filesystem::remove(root.databaseFile());
   EXPECT_THAT(refusal<std::runtime_error>([&] { editor.add("4917", "A"); }),
