@@ -205,11 +205,12 @@ TEST(KilledWriter, RowsCommittedBeforeASigkillSurviveAndTheNextStartWrites) {
       deliver(app, stanzas(app, prefix, 0, kBatchSize));
     });
     // Watch from outside, then kill at once, whatever the writer is doing.
-    // Each look holds a read lock that makes the writer lose the row it
-    // commits meanwhile, so the looks leave it room to go on.
+    // Each look reads the whole table under a read lock that makes the
+    // writer lose the row it commits meanwhile; an instrumented build reads
+    // slowly, so the looks are spaced to leave the writer most of its time.
     std::map<std::int64_t, HistoryRow> seen;
     ASSERT_TRUE(waitFor([&] { return rowsWithPrefix(seen = snapshotHistory(device.databaseFile()), prefix) >= killAfter; },
-                        5))
+                        25))
         << "the writer never got going";
     writer.kill(SIGKILL);
     const int status = writer.wait();
