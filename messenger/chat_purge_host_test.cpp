@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <set>
+#include <tuple>
 
 #include "messenger/whatsapp_test_process.h"
 #include "simhost/host_log.h"
@@ -171,6 +172,23 @@ TEST_F(ChatPurgeTest, AMessageDatabaseItCannotUseDeletesNothingUntilItIsSound) {
     });
   }
   std::printf("hushwall-figure: purge: %zu unusable message databases survived\n", faults.size());
+}
+
+// The chat list's two questions carry the tags their answers are told apart
+// by (the scenario files play the questions and answers themselves).
+TEST_F(MessengerTest, TheBlacklistQuestionsCarryTheirTags) {
+  device.addToBlacklist("612345678");
+  device.writeFlags({{"ActionButton", true}});
+  inWhatsApp(device, [&](simhost::SimulatedApp& app, NotificationCounter&) {
+    for (auto [jid, button, tag] : {std::tuple{"34612345678@s.whatsapp.net", "Remove from Blacklist", 979797},
+                                    std::tuple{"34600111222@s.whatsapp.net", "Add to Blacklist", 989898}}) {
+      app.send(app.make("ChatListViewController"), "chatSessionCellShowMoreOptions:",
+               {simhost::makeCell(app.runtime(), jid, "Carl")});
+      app.sendToClass("WABlockBasedActionSheet", "actionSheetWithTitle:", {Value::string(host::T("Chat"))});
+      simhost::tapButton(button);
+      EXPECT_EQ(app.device().alerts().shown().back().tag, tag) << button;
+    }
+  });
 }
 
 }  // namespace
