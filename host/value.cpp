@@ -57,11 +57,6 @@ Value::Kind Value::kind() const {
   }
 }
 
-bool Value::isNumber() const {
-  Kind k = kind();
-  return k == Kind::kBoolean || k == Kind::kInteger || k == Kind::kReal;
-}
-
 double Value::doubleValue() const {
   if (auto* b = std::get_if<Boolean>(&storage_)) return b->value ? 1.0 : 0.0;
   if (auto* i = std::get_if<std::int64_t>(&storage_)) return static_cast<double>(*i);

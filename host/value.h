@@ -58,7 +58,6 @@ class Value {
 
   Kind kind() const;
   bool isNil() const { return kind() == Kind::kNil; }
-  bool isNumber() const;  // boolean, integer or real
 
   // The platform's answers, with no type check. nil answers 0 / NO.
   // Strings follow text.h; numbers convert as C would; containers, dates and
