@@ -36,6 +36,10 @@ TEST(Badge, AnAllowedNotificationRaisesOnlyTheFirstAppOfTheIdentifierAndUsesUpIt
     // The pass was used up by the increment itself.
     set(Value::integer(9));
     EXPECT_EQ(sb.messengerBadge(), Value::integer(1));
+    // A text of exactly the base string class restarts at 1, whatever it says.
+    simhost::setProperty(sb.messenger(), "badge", Value::string(T("7")));
+    notify();
+    EXPECT_EQ(sb.messengerBadge(), Value::integer(1));
   });
 }
 
