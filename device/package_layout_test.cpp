@@ -22,6 +22,7 @@
 #include <gtest/gtest.h>
 
 #include "startup/settings.h"
+#include "testing/file_tree.h"
 #include "testing/running_program.h"
 #include "testing/temp_device_root.h"
 
@@ -32,16 +33,10 @@ namespace fs = std::filesystem;
 
 const fs::path kDevice = HUSHWALL_DEVICE_DIR;
 
-std::string readFile(const fs::path& path) {
-  std::ostringstream out;
-  out << std::ifstream(path, std::ios::binary).rdbuf();
-  return out.str();
-}
-
 using Plist = std::unique_ptr<void, decltype(&plist_free)>;
 
 Plist parse(const fs::path& path) {
-  const std::string bytes = readFile(path);
+  const std::string bytes = testing::fileBytes(path);
   plist_t root = nullptr;
   if (!bytes.empty()) plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
   return Plist(root, &plist_free);
@@ -106,7 +101,7 @@ std::set<std::string> dependencyNames(const std::string& depends) {
 TEST(PackageLayout, ControlFilesOfBothBuildsAreValidAndDifferOnlyInTheDevices) {
   // Theos packs device/control as it is (armv7 and arm64); the Linux build
   // (arm64 only) keeps 32-bit devices away.
-  auto theos = controlFields(readFile(kDevice / "control"));
+  auto theos = controlFields(testing::fileBytes(kDevice / "control"));
   auto arm64 = controlFields(run(std::string("'") + HUSHWALL_PACKAGE_SCRIPT + "' --control"));
   for (auto* fields : {&theos, &arm64}) {
     for (const char* required : {"Package", "Name", "Version", "Architecture", "Description",
@@ -143,7 +138,7 @@ std::map<std::string, std::pair<int, int>> pngsIn(const fs::path& folder) {
   std::map<std::string, std::pair<int, int>> found;
   for (const auto& entry : fs::directory_iterator(folder)) {
     if (entry.path().extension() != ".png") continue;
-    const std::string bytes = readFile(entry.path());
+    const std::string bytes = testing::fileBytes(entry.path());
     auto be32 = [&](std::size_t at) {
       int value = 0;
       for (std::size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
@@ -161,7 +156,7 @@ TEST(PackageLayout, ImagesAndTheSettingsBundleAreFoundUnderTheNamesTheyAreLooked
   // behind the prefixes libstatusbar looks it up by on iOS 7 and 8
   // (scripts/render-images.sh), 14 x 20 points; the Settings row's icon,
   // 29 x 29 points, under the name the PreferenceLoader entry gives.
-  const std::string model = readFile(kDevice / "../model/hushwall.cpp");
+  const std::string model = testing::fileBytes(kDevice / "../model/hushwall.cpp");
   ASSERT_NE(model.find("kStatusBarImageName[] = \"HSWL\""), std::string::npos);
   Plist info = parse(kDevice / "HushwallSettings/Resources/Info.plist");
   Plist entry = parse(kDevice / "layout/Library/PreferenceLoader/Preferences/HushwallSettings.plist");
@@ -184,7 +179,7 @@ TEST(PackageLayout, ImagesAndTheSettingsBundleAreFoundUnderTheNamesTheyAreLooked
   EXPECT_EQ(stringOf(child(cell, "bundle")), "HushwallSettings");
   const std::string principal = stringOf(child(info.get(), "NSPrincipalClass"));
   EXPECT_EQ(stringOf(child(cell, "detail")), principal);
-  EXPECT_NE(readFile(kDevice / "HushwallSettings/HushwallSettingsListController.m")
+  EXPECT_NE(testing::fileBytes(kDevice / "HushwallSettings/HushwallSettingsListController.m")
                 .find("@implementation " + principal + "\n"),
             std::string::npos)
       << principal;

@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <random>
 #include <string>
 
@@ -17,6 +16,7 @@
 #include "startup/notification_names.h"
 #include "testing/child_process.h"
 #include "testing/fake_env.h"
+#include "testing/file_tree.h"
 #include "testing/history_snapshot.h"
 #include "testing/open_descriptors.h"
 #include "testing/process_state.h"
@@ -37,11 +37,6 @@ Value record(std::initializer_list<std::pair<const char*, Value>> entries) {
   host::Dict dict;
   for (const auto& [key, value] : entries) dict.emplace(T(key), value);
   return Value::dictionary(std::move(dict));
-}
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 class HistoryTest : public ::testing::Test {
@@ -131,17 +126,17 @@ TEST_F(HistoryTest, PicturesGoIntoOneFolderPerNumberNamedByTheTime) {
   // Not even the data directory exists yet.
   host::Text path = hw.saveImageOnDiskWithData(host::Bytes{'a', 0, 'b'}, T("4917012345"));
   EXPECT_EQ(host::toUtf8(path), kData + "/4917012345/4917012345-1400000000.500000.png");
-  EXPECT_EQ(readFile(env.root.native(host::toUtf8(path))), std::string("a\0b", 3));
+  EXPECT_EQ(testing::fileBytes(env.root.native(host::toUtf8(path))), std::string("a\0b", 3));
   // The same microsecond gives the same path; the second picture wins.
   env.clock.time = 1400000001.0000004;
   host::Text first = hw.saveImageOnDiskWithData(host::Bytes{'1'}, T("4917012345"));
   env.clock.time = 1400000001.0000001;
   EXPECT_EQ(hw.saveImageOnDiskWithData(host::Bytes{'2'}, T("4917012345")), first);
-  EXPECT_EQ(readFile(env.root.native(host::toUtf8(first))), "2");
+  EXPECT_EQ(testing::fileBytes(env.root.native(host::toUtf8(first))), "2");
   // An absent number prints as "(null)" in the folder and the file name.
   path = hw.saveImageOnDiskWithData(host::Bytes{'n'}, nullopt);
   EXPECT_EQ(host::toUtf8(path), kData + "/(null)/(null)-1400000001.000000.png");
-  EXPECT_EQ(readFile(env.root.native(host::toUtf8(path))), "n");
+  EXPECT_EQ(testing::fileBytes(env.root.native(host::toUtf8(path))), "n");
   // No bytes: nothing is written, the folder is still made, the path returned.
   path = hw.saveImageOnDiskWithData(nullopt, T("555"));
   EXPECT_EQ(host::toUtf8(path), kData + "/555/555-1400000001.000000.png");
@@ -168,7 +163,7 @@ TEST_F(HistoryTest, ANumberThatNamesNoFolderOfItsOwnLosesThePictureButNotThePath
   std::ofstream(blocker) << "not a folder";
   const std::string path = host::toUtf8(hw.saveImageOnDiskWithData(host::Bytes{'x'}, T("491")));
   EXPECT_EQ(path, kData + "/491/491-1400000000.500000.png");
-  EXPECT_EQ(readFile(blocker), "not a folder");
+  EXPECT_EQ(testing::fileBytes(blocker), "not a folder");
   EXPECT_FALSE(fs::exists(env.root.native(path)));
 }
 
@@ -233,10 +228,10 @@ TEST_F(HostileDatabaseTest, DamagedOrMissingFilesReadAsNothingAndLoseWritesQuiet
     installGoodDatabase();
     damage();
     const bool wasFile = fs::is_regular_file(file());
-    const std::string bytesBefore = wasFile ? readFile(file()) : "";
+    const std::string bytesBefore = wasFile ? testing::fileBytes(file()) : "";
     expectEveryOperation(false, fault);
     // Nothing was repaired, overwritten or made behind the user's back.
-    EXPECT_EQ(wasFile ? readFile(file()) : "", bytesBefore) << fault;
+    EXPECT_EQ(wasFile ? testing::fileBytes(file()) : "", bytesBefore) << fault;
     EXPECT_EQ(fs::is_directory(file()) && fs::is_empty(file()), std::string(fault) == "a directory in its place");
     EXPECT_EQ(fs::exists(folder), std::string(fault) != "no data directory") << fault;
     // Only a missing file is opened as a new, empty one, without tables.

@@ -16,8 +16,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -32,6 +30,7 @@
 #include "startup/settings.h"
 #include "testing/background_process.h"
 #include "testing/database_rows.h"
+#include "testing/file_tree.h"
 #include "testing/private_bus.h"
 #include "testing/running_program.h"
 #include "testing/temp_device_root.h"
@@ -59,12 +58,6 @@ int ctl(const std::string& root, std::vector<std::string> args, std::string* out
 int model(std::vector<std::string> args, std::string* out = nullptr, std::string* err = nullptr) {
   args.insert(args.begin(), HUSHWALL_MODEL_PATH);
   return runProgram(std::move(args), out, err);
-}
-
-// A file's bytes as they are, NUL and all.
-std::string fileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 // Runs hushwallctl on a terminal of its own, as a user at a shell would,
@@ -574,18 +567,6 @@ TEST(CompanionSettingsFile, SettersRacingEachOtherLoseNoKey) {
   EXPECT_TRUE(fs::exists(file + ".lock"));
 }
 
-// Every file under `directory` with its bytes (a folder as "/", a link as
-// "-> target"), to tell that nothing there changed.
-std::map<std::string, std::string> snapshot(const std::string& directory) {
-  std::map<std::string, std::string> files;
-  for (const auto& entry : fs::recursive_directory_iterator(directory)) {
-    files[entry.path()] = entry.is_symlink()     ? "-> " + fs::read_symlink(entry.path()).string()
-                          : entry.is_directory() ? "/"
-                                                 : fileBytes(entry.path());
-  }
-  return files;
-}
-
 // A decoy outside the device, named by links planted inside it: no command
 // may read, write or remove anything there, and each says why it stopped.
 TEST(CompanionDeviceRoot, LinksOutOfTheRootAndWithinItAreRefused) {
@@ -601,7 +582,7 @@ TEST(CompanionDeviceRoot, LinksOutOfTheRootAndWithinItAreRefused) {
   std::ofstream(decoy.native("/file")) << "not the device's";
   fs::copy_file(device.databaseFile(), decoy.native("/HSWL.db"));
   linux_platform::writeBinaryPlist(decoy.native("/settings.plist"), {{host::T("Decoy"), host::Value::boolean(true)}});
-  const auto before = snapshot(decoy.path());
+  const auto before = treeSnapshot(decoy.path());
 
   struct Case {
     std::string link, target;  // a device path, and a native path or a relative one
@@ -651,7 +632,7 @@ TEST(CompanionDeviceRoot, LinksOutOfTheRootAndWithinItAreRefused) {
   EXPECT_EQ(model({"init", "--root", fresh.path()}), 0);
   EXPECT_EQ(model({"settings", "--root", fresh.path()}, nullptr, &err), 1);
   EXPECT_NE(err.find(refused), std::string::npos) << err;
-  EXPECT_EQ(snapshot(decoy.path()), before);
+  EXPECT_EQ(treeSnapshot(decoy.path()), before);
 }
 
 // A FIFO or a folder where a file is read: a clear error from the

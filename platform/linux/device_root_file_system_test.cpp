@@ -4,13 +4,13 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 
 #include <sys/stat.h>
 
 #include "platform/linux/device_bundles.h"
 #include "platform/linux/plist_file.h"
+#include "testing/file_tree.h"
 #include "testing/temp_device_root.h"
 
 namespace hushwall::linux_platform {
@@ -18,11 +18,6 @@ namespace {
 
 using host::T;
 namespace fs = std::filesystem;
-
-std::string slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 TEST(DeviceRootFileSystemTest, ParentFoldersStopAtTheRootAsInAChroot) {
   testing::TempDeviceRoot work;
@@ -42,8 +37,8 @@ TEST(DeviceRootFileSystemTest, ParentFoldersStopAtTheRootAsInAChroot) {
   EXPECT_TRUE(files.createDirectory(climbing));
   EXPECT_TRUE(files.writeAtomically(climbing + T("/../../escape/p.png"), {'x'}));
   EXPECT_TRUE(files.copyItem(T("/../escape/p.png"), T("/../../copy.png")));
-  EXPECT_EQ(slurp(root + "/escape/p.png"), "x");
-  EXPECT_EQ(slurp(root + "/copy.png"), "x");
+  EXPECT_EQ(testing::fileBytes(root + "/escape/p.png"), "x");
+  EXPECT_EQ(testing::fileBytes(root + "/copy.png"), "x");
   EXPECT_TRUE(files.fileExists(T("/../../../copy.png")));
   EXPECT_FALSE(fs::exists(work.path() + "/escape"));
   EXPECT_FALSE(fs::exists(work.path() + "/copy.png"));
@@ -61,15 +56,6 @@ TEST(DeviceRootFileSystemTest, ParentFoldersStopAtTheRootAsInAChroot) {
       << "the listing of /var was given for a path that is not /var";
 }
 
-std::map<std::string, std::string> snapshot(const std::string& directory) {
-  std::map<std::string, std::string> files;
-  for (const auto& entry : fs::recursive_directory_iterator(directory)) {
-    files[entry.path()] = entry.is_symlink() ? "-> " + fs::read_symlink(entry.path()).string()
-                                             : entry.is_directory() ? "/" : slurp(entry.path());
-  }
-  return files;
-}
-
 // Links out of the root, out of it by "..", within it and dangling, as a
 // folder on the way and as the file itself: no operation goes through one,
 // with openat2 and without it, and the decoy beside the root stays as it was.
@@ -83,7 +69,7 @@ TEST(DeviceRootFileSystemTest, NoOperationGoesThroughALinkBelowTheRoot) {
     std::ofstream(decoy + "/dir/file.png") << "decoy";
     writeBinaryPlist(decoy + "/settings.plist", {{T("Decoy"), host::Value::boolean(true)}});
     writeBinaryPlist(root + "/inside/real/file.png", {{T("Inside"), host::Value::boolean(true)}});
-    const auto before = snapshot(decoy);
+    const auto before = testing::treeSnapshot(decoy);
     for (const auto& [link, target] : std::map<std::string, std::string>{
              {"out-dir", decoy + "/dir"}, {"up-dir", "../decoy/dir"}, {"in-dir", "inside/real"},
              {"out-file", decoy + "/settings.plist"}, {"in-file", "inside/real/file.png"},
@@ -116,7 +102,7 @@ TEST(DeviceRootFileSystemTest, NoOperationGoesThroughALinkBelowTheRoot) {
     fs::create_symlink(decoy + "/dir", root + "/inside/real/link");
     EXPECT_TRUE(files.removeItem(T("/inside")));
     EXPECT_TRUE(files.removeItem(T("/out-dir")));
-    EXPECT_EQ(snapshot(decoy), before) << "openat2: " << openat2;
+    EXPECT_EQ(testing::treeSnapshot(decoy), before) << "openat2: " << openat2;
   }
   DeviceRoot::useOpenat2(true);
 }
@@ -143,14 +129,14 @@ TEST(DeviceRootFileSystemTest, FolderAndCopyOperationsBehaveLikeTheFileManager) 
   EXPECT_FALSE(files.writeAtomically(dir + T("/4917/a.png"), {})) << "no folder to write into";
   ASSERT_TRUE(files.createDirectory(dir + T("/4917")));
   ASSERT_TRUE(files.writeAtomically(dir + T("/4917/a.png"), {'a', 'b'}));
-  EXPECT_EQ(slurp(root.native("/var/mobile/Library/Preferences/Hushwall/4917/a.png")), "ab");
+  EXPECT_EQ(testing::fileBytes(root.native("/var/mobile/Library/Preferences/Hushwall/4917/a.png")), "ab");
   ASSERT_TRUE(files.writeAtomically(dir + T("/4917/a.png"), {'c'}));
   // A copy never overwrites.
   EXPECT_FALSE(files.copyItem(dir + T("/4917/missing"), T("/to")));
   EXPECT_TRUE(files.copyItem(dir + T("/4917/a.png"), T("/to")));
   ASSERT_TRUE(files.writeAtomically(dir + T("/4917/a.png"), {'d'}));
   EXPECT_FALSE(files.copyItem(dir + T("/4917/a.png"), T("/to")));
-  EXPECT_EQ(slurp(root.native("/to")), "c");
+  EXPECT_EQ(testing::fileBytes(root.native("/to")), "c");
   // Removing a folder takes everything in it.
   EXPECT_TRUE(files.removeItem(dir));
   EXPECT_FALSE(files.fileExists(dir + T("/4917/a.png")));

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/linux/plist_limits.h"
+#include "testing/file_tree.h"
 #include "testing/temp_device_root.h"
 
 namespace hushwall::linux_platform {
@@ -17,11 +18,6 @@ namespace {
 
 using host::T;
 using host::Value;
-
-std::string readAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 void writeAll(const std::string& path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary) << bytes;
@@ -72,14 +68,14 @@ TEST_F(PlistFileTest, BinaryAndXmlRoundTripASettingsDictionary) {
       {T("Since2001"), Value::date(1700000000.0)}, {T("Before2001"), Value::date(946684800.0)},
   };
   writeXmlPlist(file("s.xml.plist"), settings);
-  EXPECT_EQ(readAll(file("s.xml.plist")).rfind("<?xml", 0), 0u);
+  EXPECT_EQ(testing::fileBytes(file("s.xml.plist")).rfind("<?xml", 0), 0u);
   EXPECT_EQ(readPlistDictionary(file("s.xml.plist")), settings);
 
   // The binary format also keeps fractions of a second, on both sides of 2001.
   settings[T("Since2001")] = Value::date(1700000000.25);
   settings[T("Before2001")] = Value::date(946684800.75);
   writeBinaryPlist(file("s.plist"), settings);
-  EXPECT_EQ(readAll(file("s.plist")).rfind("bplist00", 0), 0u);
+  EXPECT_EQ(testing::fileBytes(file("s.plist")).rfind("bplist00", 0), 0u);
   std::optional<host::Dict> back = readPlistDictionary(file("s.plist"));
   EXPECT_EQ(back, settings);
   ASSERT_TRUE(back);

@@ -9,6 +9,7 @@
 
 #include <sys/stat.h>
 
+#include "testing/file_tree.h"
 #include "testing/temp_device_root.h"
 
 namespace hushwall::linux_platform {
@@ -19,10 +20,6 @@ using host::T;
 class VCardAddressBookTest : public ::testing::Test {
  protected:
   bool knows(const std::string& number) { return book.hasPersonMatchingPhoneNumber(T(number)); }
-  std::string slurp() {
-    std::ifstream in(file, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
 
   testing::TempDeviceRoot root;
   std::string file = root.path() + "/Contacts.vcf";
@@ -63,7 +60,7 @@ TEST_F(VCardAddressBookTest, EveryLookupSeesTheFileAsItIsNow) {
   // The same size and time, another number written in place: still the
   // numbers read before, since nothing says the file changed.
   const auto time = std::filesystem::last_write_time(file);
-  std::string text = slurp();
+  std::string text = testing::fileBytes(file);
   text.replace(text.find("+4915112345678"), 14, "+4915112345679");
   std::ofstream(file, std::ios::binary | std::ios::in | std::ios::out) << text;
   std::filesystem::last_write_time(file, time);
@@ -88,7 +85,7 @@ TEST_F(VCardAddressBookTest, ReadsVCardsAsOtherProgramsWriteThem) {
          "END:VCARD\r\n"
          "TEL:+44 20 7946 0000\r\n"  // outside any card
          "begin:vcard\nversion:4.0\ntel;value=uri:tel:+81-3-1234-5678\nend:vcard\n";
-  EXPECT_EQ(phoneNumbersInVCards(slurp()),
+  EXPECT_EQ(phoneNumbersInVCards(testing::fileBytes(file)),
             (std::vector<std::string>{"+49 170 1234567", "+1 650 253 0000", "tel:+81-3-1234-5678"}));
 
   EXPECT_TRUE(knows("+491701234567"));
